@@ -1,0 +1,26 @@
+include(CMakePackageConfigHelpers)
+
+install(TARGETS cycbcr
+    EXPORT cycbcrTargets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    PUBLIC_HEADER DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+
+set(CYCBCR_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/cycbcr)
+install(EXPORT cycbcrTargets
+    NAMESPACE cycbcr::
+    DESTINATION ${CYCBCR_CMAKE_DIR})
+
+configure_package_config_file(cmake/cycbcrConfig.cmake.in
+    ${CMAKE_CURRENT_BINARY_DIR}/cycbcrConfig.cmake
+    INSTALL_DESTINATION ${CYCBCR_CMAKE_DIR})
+write_basic_package_version_file(
+    ${CMAKE_CURRENT_BINARY_DIR}/cycbcrConfigVersion.cmake
+    COMPATIBILITY SameMajorVersion)
+install(FILES
+    ${CMAKE_CURRENT_BINARY_DIR}/cycbcrConfig.cmake
+    ${CMAKE_CURRENT_BINARY_DIR}/cycbcrConfigVersion.cmake
+    DESTINATION ${CYCBCR_CMAKE_DIR})
+
+configure_file(cmake/cycbcr.pc.in ${CMAKE_CURRENT_BINARY_DIR}/cycbcr.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/cycbcr.pc
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

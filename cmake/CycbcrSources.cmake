@@ -1,0 +1,10 @@
+# Library sources, one family a file. Files ending in _avx2.cpp are compiled
+# with -mavx2 and hold the only AVX2 code of the library.
+set(CYCBCR_SOURCES
+    platform/cpu_features.cpp
+    platform/memory.cpp
+    frame/formats.cpp
+    frame/proc_level.cpp
+    ycbcr8/byte_order.cpp
+    ycbcr8/byte_order_avx2.cpp
+)
