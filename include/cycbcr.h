@@ -126,6 +126,10 @@ enum QBYCBCRRgbTypeValue {
  * the processor really supports AVX2. An unparsable value is ignored. */
 extern CYCBCR_API uint32_t gdwProcType;
 
+/* The processor feature bits the library goes by (after any CYCBCR_CPU_FLAGS
+ * override), for diagnostics. */
+CYCBCR_API uint32_t cycbcr_cpu_flags(void);
+
 /* Sets the level, falling back to one the processor supports, and returns the
  * value stored. Levels above 6 store the best supported level. */
 CYCBCR_API unsigned int cycbcr_set_cpu(unsigned int level);
