@@ -5,6 +5,9 @@ set(CYCBCR_SOURCES
     platform/memory.cpp
     frame/formats.cpp
     frame/proc_level.cpp
+    frame/dispatch.cpp
     ycbcr8/byte_order.cpp
     ycbcr8/byte_order_avx2.cpp
+    ycbcr10/v210_pack.cpp
+    ycbcr10/v210_pack_avx2.cpp
 )

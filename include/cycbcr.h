@@ -138,6 +138,28 @@ CYCBCR_API unsigned int cycbcr_set_cpu(unsigned int level);
 CYCBCR_API unsigned int cycbcr_get_cpu(int current);
 
 /* ------------------------------------------------------------------------ */
+/* Dispatcher                                                                */
+/* ------------------------------------------------------------------------ */
+
+/* Converts between two formats named by FourCC code. Chooses a processor level
+ * if none is chosen, normalises both pitches with the pitch rule (_fixPitch),
+ * and calls the converter of the pair, returning its result unchanged. Returns 0
+ * without writing for an unknown code, for "422P" as a destination, for RGB to
+ * RGB, and for pairs whose converter this build does not have yet. matrix and
+ * rgbType reach only the converters to and from RGB (code 0). */
+CYCBCR_API unsigned int cycbcr_transcode(uint8_t* dst, const uint8_t* src, unsigned int width,
+                                         unsigned int height, unsigned int dstPitch,
+                                         unsigned int srcPitch, QBYCBCRMatrix matrix,
+                                         QBYCBCRRgbType rgbType, unsigned int dstFourCC,
+                                         unsigned int srcFourCC);
+
+/* 1 when both codes are accepted format codes (every code above except "422P";
+ * 0 for RGB counts), else 0. Symmetric. Note that it answers 1 for RGB to RGB,
+ * which cycbcr_transcode refuses, and 0 for "422P", which cycbcr_transcode
+ * accepts as a source. */
+CYCBCR_API unsigned int cycbcr_can_transcode(unsigned int fourccA, unsigned int fourccB);
+
+/* ------------------------------------------------------------------------ */
 /* Packed 4:2:2 byte orders: YUY2, UYVY, YVYU and bottom-up cyuv              */
 /* ------------------------------------------------------------------------ */
 
@@ -268,6 +290,100 @@ CYCBCR_API unsigned int cycbcr_cyuv_to_yvyu_avx2(uint8_t* dst, const uint8_t* sr
 /* Flips a frame of height rows, pitch bytes each, in place (row i exchanged with
  * row height - 1 - i, whole pitch). Rows up to 5461 bytes use a stack buffer. */
 CYCBCR_API void cycbcr_invert(uint8_t* buf, unsigned int pitch, unsigned int height);
+
+/* ------------------------------------------------------------------------ */
+/* v210: 10-bit packed 4:2:2                                                 */
+/* ------------------------------------------------------------------------ */
+
+/* Six pixels in four little-endian 32-bit words of three 10-bit samples
+ * (bits 30-31 written as 0, ignored on reading):
+ *     word 0: Cb0 Y0 Cr0   word 1: Y1 Cb1 Y2   word 2: Cr1 Y3 Cb2   word 3: Y4 Cr2 Y5
+ * 8 to 10 bits is v << 2; 10 to 16 bits is v << 6. Going down to 8 bits, each
+ * converter keeps its own rule:
+ *     cycbcr_012v_to_uyvy_opt   rounded and saturated: (v + 2) >> 2, 255 above 1020
+ *     cycbcr_012v_to_uyvy_avx2  rounded and wrapped:   ((v + 2) >> 2) & 255
+ *                               (1022 and 1023 become 0 on this path only)
+ *     Fromv210                  truncated:             v >> 2
+ *
+ * Buffer sizes: rows are converted in whole groups. A v210 row of
+ * v210_row_bytes(width) always has room. 8-bit rows written by the UYVY to v210
+ * packers read ceil(width / 6) * 12 source bytes per row; Fromv210 and
+ * Fromv210_16 write width rounded up to 12 pixels in every row and plane. */
+
+/* The natural size of one v210 row: ceil(width / 48) * 128 bytes. */
+CYCBCR_API unsigned int v210_row_bytes(unsigned int width);
+
+/* UYVY to v210. The destination pitch used is dstPitch when it is at least
+ * width * 16 / 6, else that figure rounded up to 64; the source pitch used is the
+ * larger of 2 * width and srcPitch. Writes ceil(width / 6) whole 16-byte groups
+ * per row. Returns dstPitch * height with dstPitch as passed (0 for 0).
+ * The plain name takes the AVX2 form at level 5 (same bytes, same result). */
+CYCBCR_API unsigned int cycbcr_uyvy_to_012v(uint8_t* dst, const uint8_t* src, unsigned int width,
+                                            unsigned int height, unsigned int dstPitch,
+                                            unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_uyvy_to_012v_opt(uint8_t* dst, const uint8_t* src,
+                                                unsigned int width, unsigned int height,
+                                                unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_uyvy_to_012v_avx2(uint8_t* dst, const uint8_t* src,
+                                                 unsigned int width, unsigned int height,
+                                                 unsigned int dstPitch, unsigned int srcPitch);
+
+/* v210 to UYVY. Returns height * dstPitch.
+ * _opt: source pitch the larger of v210_row_bytes(width) and srcPitch; writes
+ *   exactly ceil(width / 2) pixel pairs per row. With srcPitch 0 the v210 words
+ *   are read as one stream of pixel pairs running on from row to row.
+ * _avx2: pitches exactly as passed; writes ceil(width / 6) * 12 bytes per row
+ *   (up to 8 bytes past 2 * width).
+ * The plain name takes the AVX2 form at level 5 and does not choose a level
+ * itself: before a level is chosen it runs _opt, which chooses one. */
+CYCBCR_API unsigned int cycbcr_012v_to_uyvy(uint8_t* dst, const uint8_t* src, unsigned int width,
+                                            unsigned int height, unsigned int dstPitch,
+                                            unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_012v_to_uyvy_opt(uint8_t* dst, const uint8_t* src,
+                                                unsigned int width, unsigned int height,
+                                                unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_012v_to_uyvy_avx2(uint8_t* dst, const uint8_t* src,
+                                                 unsigned int width, unsigned int height,
+                                                 unsigned int dstPitch, unsigned int srcPitch);
+
+/* v210 copy: cycbcr_interleaved_copy with the same arguments. */
+CYCBCR_API unsigned int cycbcr_012v_to_012v(uint8_t* dst, const uint8_t* src, unsigned int width,
+                                            unsigned int height, unsigned int dstPitch,
+                                            unsigned int srcPitch);
+
+/* 8-bit to v210. y, cb, cr point at the first Y, Cb and Cr sample: with
+ * planar == 0 into one packed 4:2:2 row (Y every 2 bytes, Cb and Cr every 4;
+ * YUY2: src, src + 1, src + 3), with planar != 0 at three tightly packed planes
+ * (luma rows width bytes apart, chroma rows width / 2; srcPitch unused) that are
+ * 4:2:2 when fullHeightChroma != 0 and 4:2:0 otherwise. Packed rows start at
+ * row * srcPitch, except that with srcPitch == 2 * width each row continues
+ * where the previous row's last whole group ended. Destination pitch: the larger
+ * of v210_row_bytes(width) and dstPitch. Returns height * v210_row_bytes(width). */
+CYCBCR_API unsigned int Tov210(uint8_t* dst, const uint8_t* y, const uint8_t* cb, const uint8_t* cr,
+                               unsigned int width, unsigned int height, unsigned int dstPitch,
+                               unsigned int srcPitch, unsigned int fullHeightChroma,
+                               unsigned int planar);
+
+/* v210 to 8-bit, the same pointer convention on the output side (packed: Y every
+ * 2 bytes, Cb and Cr every 4; planar: luma rows dstPitch apart, chroma rows
+ * dstPitch / 2 apart, 4:2:0 chroma row r / 2 for luma row r, the odd row's
+ * chroma remaining). Source pitch: the larger of v210_row_bytes(width) and
+ * srcPitch. Samples truncated. Writes width rounded up to 12 pixels per row.
+ * Returns width * height * 2 for packed output, and width * height * 3 / 2 for
+ * planar output of either subsampling. */
+CYCBCR_API unsigned int Fromv210(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src,
+                                 unsigned int width, unsigned int height, unsigned int dstPitch,
+                                 unsigned int srcPitch, unsigned int fullHeightChroma,
+                                 unsigned int planar);
+
+/* As Fromv210 with 16-bit samples (v << 6); y, cb and cr point at 16-bit samples,
+ * pitches stay in bytes (16-bit 4:2:0 chroma rows start on an even byte).
+ * Returns width * height * 2 for packed output, width * height * 4 for planar
+ * 4:2:2 and width * height * 3 for planar 4:2:0. */
+CYCBCR_API unsigned int Fromv210_16(void* y, void* cb, void* cr, const uint8_t* src,
+                                    unsigned int width, unsigned int height, unsigned int dstPitch,
+                                    unsigned int srcPitch, unsigned int fullHeightChroma,
+                                    unsigned int planar);
 
 #ifdef __cplusplus
 } /* extern "C" */

@@ -1,0 +1,159 @@
+// AVX2 forms of the v210 packing and the row helpers of the AVX2 converters.
+#include <immintrin.h>
+
+#include "frame/export.h"
+#include "ycbcr10/v210.h"
+
+namespace cycbcr::detail {
+namespace {
+
+inline __m256i load_lanes(const uint8_t* lo, const uint8_t* hi) {
+    return _mm256_inserti128_si256(
+        _mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(lo))),
+        _mm_loadu_si128(reinterpret_cast<const __m128i*>(hi)), 1);
+}
+
+// Two groups of UYVY (low lane: bytes 0..11 of its load; high lane: bytes 4..15)
+// to eight v210 words. Word j takes the three consecutive bytes a, b, c as
+// a << 2 | b << 12 | c << 22: a and b through one multiply-add of 16-bit
+// halves, c placed at bit 16 and shifted by 6.
+inline __m256i pack_two_groups(__m256i v) {
+    const __m256i ab = _mm256_setr_epi8(0, -1, 1, -1, 3, -1, 4, -1, 6, -1, 7, -1, 9, -1, 10, -1,  //
+                                        4, -1, 5, -1, 7, -1, 8, -1, 10, -1, 11, -1, 13, -1, 14, -1);
+    const __m256i c =
+        _mm256_setr_epi8(-1, -1, 2, -1, -1, -1, 5, -1, -1, -1, 8, -1, -1, -1, 11, -1, -1, -1, 6, -1,
+                         -1, -1, 9, -1, -1, -1, 12, -1, -1, -1, 15, -1);
+    const __m256i weights = _mm256_set1_epi32(4 | (4096 << 16));
+    return _mm256_or_si256(_mm256_madd_epi16(_mm256_shuffle_epi8(v, ab), weights),
+                           _mm256_slli_epi32(_mm256_shuffle_epi8(v, c), 6));
+}
+
+// Eight v210 words to 24 UYVY bytes (in the low 24 bytes), rounded and wrapped:
+// each sample becomes bits 2..9 of (v + 2) modulo 1024.
+inline __m256i unpack_two_groups_wrapped(__m256i w) {
+    const __m256i m0 = _mm256_set1_epi32(0x3FF);
+    const __m256i r0 = _mm256_and_si256(
+        _mm256_srli_epi32(_mm256_add_epi32(_mm256_and_si256(w, m0), _mm256_set1_epi32(2)), 2),
+        _mm256_set1_epi32(0xFF));
+    const __m256i r1 = _mm256_and_si256(
+        _mm256_add_epi32(_mm256_and_si256(_mm256_srli_epi32(w, 4), _mm256_set1_epi32(0x3FF << 6)),
+                         _mm256_set1_epi32(2 << 6)),
+        _mm256_set1_epi32(0xFF00));
+    const __m256i r2 = _mm256_and_si256(
+        _mm256_add_epi32(_mm256_and_si256(_mm256_srli_epi32(w, 6), _mm256_set1_epi32(0x3FF << 14)),
+                         _mm256_set1_epi32(2 << 14)),
+        _mm256_set1_epi32(0xFF0000));
+    const __m256i bytes = _mm256_or_si256(_mm256_or_si256(r0, r1), r2);
+    const __m256i compact =
+        _mm256_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1, 0, 1, 2, 4, 5, 6,
+                         8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
+    return _mm256_permutevar8x32_epi32(_mm256_shuffle_epi8(bytes, compact),
+                                       _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 3, 7));
+}
+
+void v210_groups_to_uyvy_wrapped(uint8_t* dst, const uint8_t* src, uint32_t groups) {
+    for (; groups >= 2; groups -= 2, src += 32, dst += 24) {
+        const __m256i r =
+            unpack_two_groups_wrapped(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(src)));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst), _mm256_castsi256_si128(r));
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(dst + 16), _mm256_extracti128_si256(r, 1));
+    }
+    if (groups != 0)
+        for (unsigned k = 0; k < 12; ++k) dst[k] = round_wrap_10to8(v210_sample(src, k));
+}
+
+uint16_t to16(uint32_t v10) {
+    return static_cast<uint16_t>(v10 << 6);
+}
+
+}  // namespace
+
+void uyvy_groups_to_v210_avx2(uint8_t* dst, const uint8_t* src, uint32_t groups) {
+    for (; groups >= 4; groups -= 4, src += 48, dst += 64) {
+        const __m256i a = pack_two_groups(load_lanes(src, src + 8));
+        const __m256i b = pack_two_groups(load_lanes(src + 24, src + 32));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst), a);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst + 32), b);
+    }
+    uyvy_groups_to_v210(dst, src, groups);
+}
+
+}  // namespace cycbcr::detail
+
+void v210_tail_mixed_avx2(unsigned short* dstY, unsigned short* dstC, unsigned int* row0,
+                          unsigned int* row1, unsigned int start, unsigned int end, bool average) {
+    using namespace cycbcr::detail;
+    const auto* g0 = reinterpret_cast<const uint8_t*>(row0);
+    const auto* g1 = reinterpret_cast<const uint8_t*>(row1);
+    for (unsigned int i = start; i < end; ++i) {
+        const size_t group = (i / 6) * kV210GroupBytes;
+        const unsigned p = i % 6;
+        dstY[i] = to16(v210_sample(g0 + group, kGroupY[p]));
+        if (dstC == nullptr || (i & 1) != 0) continue;
+        uint32_t cb = to16(v210_sample(g0 + group, kGroupCb[p / 2]));
+        uint32_t cr = to16(v210_sample(g0 + group, kGroupCr[p / 2]));
+        if (average) {
+            cb = (cb + to16(v210_sample(g1 + group, kGroupCb[p / 2]))) >> 1;
+            cr = (cr + to16(v210_sample(g1 + group, kGroupCr[p / 2]))) >> 1;
+        }
+        dstC[i] = static_cast<unsigned short>(cb);
+        dstC[i + 1] = static_cast<unsigned short>(cr);
+    }
+}
+
+void store_uyvy_from_16bit_row(unsigned char* dst, const unsigned short* y,
+                               const unsigned short* cb, const unsigned short* cr,
+                               unsigned int width, unsigned int shift) {
+    unsigned int x = 0;
+    if (width >= 16) {
+        const __m128i count = _mm_cvtsi32_si128(static_cast<int>(shift));
+        const __m128i top = _mm_set1_epi16(255);
+        auto load = [&](const unsigned short* p) {
+            const __m128i v =
+                _mm_srl_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)), count);
+            return _mm_min_epu16(v, top);
+        };
+        // store_uyvy_16: sixteen pixels, 32 bytes.
+        for (; x + 16 <= width; x += 16) {
+            const __m128i y8 = _mm_packus_epi16(load(y + x), load(y + x + 8));
+            const __m128i u = load(cb + x / 2);
+            const __m128i v = load(cr + x / 2);
+            const __m128i c8 = _mm_packus_epi16(_mm_unpacklo_epi16(u, v), _mm_unpackhi_epi16(u, v));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + 2 * x), _mm_unpacklo_epi8(c8, y8));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + 2 * x + 16),
+                             _mm_unpackhi_epi8(c8, y8));
+        }
+    }
+    auto low8 = [shift](unsigned short v) {
+        return static_cast<unsigned char>(shift >= 16 ? 0 : (v >> shift));
+    };
+    for (; x + 2 <= width; x += 2) {
+        dst[2 * x] = low8(cb[x / 2]);
+        dst[2 * x + 1] = low8(y[x]);
+        dst[2 * x + 2] = low8(cr[x / 2]);
+        dst[2 * x + 3] = low8(y[x + 1]);
+    }
+}
+
+extern "C" {
+
+CYCBCR_API unsigned int cycbcr_uyvy_to_012v_avx2(CYCBCR_CONVERTER_ARGS) {
+    // The same frame walk, pitch rule and result as the baseline form; only the
+    // rows that can go four groups at a time use the vector kernel.
+    if (__atomic_load_n(&gdwProcType, __ATOMIC_RELAXED) == 0xFFFFFFFEu) cycbcr_set_cpu(5);
+    return cycbcr::detail::uyvy_to_v210_frame(dst, src, width, height, dstPitch, srcPitch,
+                                              cycbcr::detail::uyvy_groups_to_v210_avx2);
+}
+
+CYCBCR_API unsigned int cycbcr_012v_to_uyvy_avx2(CYCBCR_CONVERTER_ARGS) {
+    // Pitches as passed and the whole last group written: up to 8 bytes past
+    // 2 * width in each row.
+    const uint32_t groups = (width + 5) / 6;
+    for (uint32_t r = 0; r < height; ++r)
+        cycbcr::detail::v210_groups_to_uyvy_wrapped(dst + static_cast<size_t>(r) * dstPitch,
+                                                    src + static_cast<size_t>(r) * srcPitch,
+                                                    groups);
+    return height * dstPitch;
+}
+
+}  // extern "C"
