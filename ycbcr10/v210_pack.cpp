@@ -24,13 +24,26 @@ unsigned int uyvy_to_v210_frame(uint8_t* dst, const uint8_t* src, uint32_t width
     const uint32_t dp = dstPitch >= minimum ? dstPitch : (minimum + 63) & ~63u;
     const uint32_t sp = std::max(2 * width, srcPitch);
     const uint32_t groups = (width + 5) / 6;
+    if (height == 0 || groups == 0) return dstPitch * height;
+    const auto overlaps = [groups](const uint8_t* d, size_t dLen, const uint8_t* s, size_t sLen) {
+        const auto d0 = reinterpret_cast<uintptr_t>(d);
+        const auto s0 = reinterpret_cast<uintptr_t>(s);
+        return d0 < s0 + sLen + size_t{12} * groups && s0 < d0 + dLen + size_t{16} * groups;
+    };
+    const size_t dSpan = static_cast<size_t>(height - 1) * dp;
+    const size_t sSpan = static_cast<size_t>(height - 1) * sp;
+    if (width > 12 && !overlaps(dst, dSpan, src, sSpan)) {
+        // Apart, the order of work cannot change a byte: run top to bottom, which
+        // the hardware prefetchers follow far better than the reverse.
+        for (uint32_t r = 0; r < height; ++r)
+            rows(dst + static_cast<size_t>(r) * dp, src + static_cast<size_t>(r) * sp, groups);
+        return dstPitch * height;
+    }
+    // Overlapping frames are worked bottom to top, rows that overlap group by group.
     for (uint32_t r = height; r-- > 0;) {
         uint8_t* d = dst + static_cast<size_t>(r) * dp;
         const uint8_t* s = src + static_cast<size_t>(r) * sp;
-        const auto d0 = reinterpret_cast<uintptr_t>(d);
-        const auto s0 = reinterpret_cast<uintptr_t>(s);
-        const bool overlap = d0 < s0 + size_t{12} * groups && s0 < d0 + size_t{16} * groups;
-        if (overlap || width <= 12)
+        if (width <= 12 || overlaps(d, 0, s, 0))
             uyvy_groups_to_v210(d, s, groups);
         else
             rows(d, s, groups);
@@ -119,9 +132,23 @@ void unpack_v210_frame(const Placement<Sample>& out, const uint8_t* src, uint32_
 // the groups at `src`: output byte j is sample first + j.
 template <uint8_t (*Rule)(uint32_t)>
 void v210_samples_to_bytes(uint8_t* dst, const uint8_t* src, size_t first, size_t count) {
-    for (size_t j = 0; j < count; ++j) {
-        const size_t k = first + j;
-        dst[j] = Rule(v210_sample(src + (k / 12) * kV210GroupBytes, static_cast<unsigned>(k % 12)));
+    const uint8_t* g = src + (first / 12) * kV210GroupBytes;
+    unsigned k = static_cast<unsigned>(first % 12);
+    for (; count != 0; g += kV210GroupBytes, k = 0) {
+        uint32_t s[12];
+        for (unsigned w = 0; w < 4; ++w) {
+            const uint32_t word = load_le32(g + 4 * w);
+            s[3 * w] = word & 0x3FF;
+            s[3 * w + 1] = (word >> 10) & 0x3FF;
+            s[3 * w + 2] = (word >> 20) & 0x3FF;
+        }
+        if (k == 0 && count >= 12) {
+            for (unsigned j = 0; j < 12; ++j) dst[j] = Rule(s[j]);
+            dst += 12;
+            count -= 12;
+            continue;
+        }
+        for (; k < 12 && count != 0; ++k, --count) *dst++ = Rule(s[k]);
     }
 }
 
