@@ -21,6 +21,10 @@ install(FILES
     ${CMAKE_CURRENT_BINARY_DIR}/cycbcrConfigVersion.cmake
     DESTINATION ${CYCBCR_CMAKE_DIR})
 
+# The .pc file finds the prefix from its own place, so an install with
+# --prefix anywhere gives a working file.
+file(RELATIVE_PATH CYCBCR_PC_TO_PREFIX "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
+string(REGEX REPLACE "/$" "" CYCBCR_PC_TO_PREFIX "${CYCBCR_PC_TO_PREFIX}")
 configure_file(cmake/cycbcr.pc.in ${CMAKE_CURRENT_BINARY_DIR}/cycbcr.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/cycbcr.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,0 +1,21 @@
+#!/usr/bin/env bash
+# Builds the library and the cycbcr command (Release, in build/), then runs the
+# main job: the processor report and a conversion of the built-in colour bars.
+# Arguments, if any, go to the cycbcr command instead, e.g.
+#     bash scripts/run.sh convert --from YUY2 --to cyuv --size 1280x720
+set -euo pipefail
+# shellcheck source=scripts/build_common.sh
+source "$(dirname "${BASH_SOURCE[0]}")/build_common.sh"
+
+bash "$root/scripts/deps.sh"
+configure build -DCMAKE_BUILD_TYPE=Release
+cmake --build "$root/build" --parallel "$jobs" --target cycbcr_cli
+
+tool=$root/build/tools/cycbcr
+if [[ $# -gt 0 ]]; then
+    exec "$tool" "$@"
+fi
+"$tool" cpu
+echo
+"$tool" convert --from UYVY --to YUY2 --size 1920x1080
+"$tool" convert --from YUY2 --to cyuv --size 3840x2160

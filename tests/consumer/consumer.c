@@ -1,0 +1,50 @@
+/* A program that uses the installed library as any C caller would: the public
+ * header, the exported converters, the processor level and its global. */
+#include <cycbcr.h>
+
+#include <stdio.h>
+#include <string.h>
+
+static int failures = 0;
+
+static void check(int ok, const char* what) {
+    if (!ok) {
+        fprintf(stderr, "consumer: FAILED: %s\n", what);
+        ++failures;
+    }
+}
+
+int main(void) {
+    enum { kWidth = 6, kHeight = 3, kPitch = 16 };
+    uint8_t src[kPitch * kHeight];
+    uint8_t dst[kPitch * kHeight];
+    uint8_t expected[kPitch * kHeight];
+    unsigned int i;
+    unsigned int count;
+    unsigned int best;
+    unsigned int chosen;
+
+    for (i = 0; i < sizeof src; ++i) src[i] = (uint8_t)(i * 7 + 3);
+    /* Equal pitches: the whole frame, row padding included, has its 16-bit
+     * words byte-swapped. */
+    for (i = 0; i < sizeof src; i += 2) {
+        expected[i] = src[i + 1];
+        expected[i + 1] = src[i];
+    }
+    memset(dst, 0xEE, sizeof dst);
+    count = cycbcr_yuy2_to_uyvy(dst, src, kWidth, kHeight, kPitch, kPitch);
+    check(count == kHeight * kPitch, "yuy2_to_uyvy returns height * dstPitch");
+    check(memcmp(dst, expected, sizeof dst) == 0, "yuy2_to_uyvy swaps the bytes of each word");
+
+    check(CYCBCR_FOURCC('Y', 'U', 'Y', '2') == CYCBCR_FOURCC_YUY2, "FourCC macro");
+
+    best = cycbcr_get_cpu(0);
+    chosen = cycbcr_get_cpu(1);
+    check(best <= 6, "best level in range");
+    check(chosen <= 6, "chosen level in range");
+    check(gdwProcType == chosen, "gdwProcType holds the chosen level");
+    check(cycbcr_set_cpu(0) == 0 && gdwProcType == 0, "level 0 can be forced");
+
+    if (failures == 0) printf("consumer: ok (best level %u, chosen %u)\n", best, chosen);
+    return failures == 0 ? 0 : 1;
+}

@@ -1,0 +1,17 @@
+// The subcommands of the cycbcr command. Each returns the exit status on
+// success and throws ToolError on failure.
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace cycbcr_tool {
+
+using Args = std::span<const std::string_view>;
+
+std::string usage_text();
+int run_convert(Args args);
+int run_cpu(Args args);
+
+}  // namespace cycbcr_tool

@@ -1,0 +1,54 @@
+// Format codes as the command accepts them, and how a frame of each format lies
+// in a raw file.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace cycbcr_tool {
+
+// The canonical formats every accepted code stands for.
+enum class Format { UYVY, YUY2, YVYU, CYUV, I420, YV12, P422, V210, RGB32 };
+
+struct FormatCode {
+    uint32_t value;
+    Format format;
+    bool source_only;  // "422P" is refused as a destination
+};
+
+// Every code the library knows, aliases included, in the order usage lists them.
+std::span<const FormatCode> all_codes();
+
+// The accepted code with this value, or nullptr. Values are compared whole, so
+// "yuv2" and "yuV2" are two codes and "YUV2" is none.
+const FormatCode* find_code(uint32_t value);
+
+// Reads a code as typed: a hexadecimal number with a 0x prefix ("0x8800001E"),
+// a decimal number ("0"), or four characters taken as a FourCC ("UYVY").
+// nullopt when the text is none of these.
+std::optional<uint32_t> parse_code(std::string_view text);
+
+// "UYVY" for a printable FourCC, "0" for RGB, "0x8800001E" otherwise.
+std::string code_text(uint32_t value);
+
+const char* format_name(Format format);
+
+// A frame as the command reads and writes it: rows tightly packed, so a file
+// holds frames of exactly frame_bytes back to back. pitch is the distance
+// between rows of the first plane, as passed to the converters.
+struct FrameLayout {
+    uint32_t pitch = 0;
+    uint64_t frame_bytes = 0;
+};
+
+// The layout of a width x height frame; throws ToolError when the format cannot
+// hold a frame of that size, or when the command does not lay it out yet.
+FrameLayout frame_layout(Format format, uint32_t width, uint32_t height);
+
+// Parses "WxH" (both decimal, no signs or spaces); throws ToolError.
+void parse_size(std::string_view text, uint32_t& width, uint32_t& height);
+
+}  // namespace cycbcr_tool
