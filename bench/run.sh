@@ -1,0 +1,20 @@
+#!/bin/sh
+# Builds the library and the benchmarks, then runs them; the summary table of
+# ours / memcpy and ours / libyuv comes at the end of the output.
+#
+#     bench/run.sh [benchmark flags...]
+#
+# The build directory is build-bench beside this directory unless BUILD_DIR says
+# otherwise. Flags go to the benchmark binary, e.g. --benchmark_filter=3840x2160
+# or --benchmark_repetitions=9 (see bench/bench_main.cpp for the defaults).
+set -eu
+here=$(cd "$(dirname "$0")" && pwd)
+root=$(dirname "$here")
+build=${BUILD_DIR:-$root/build-bench}
+
+if [ ! -f "$build/build.ninja" ]; then
+    cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+        -DCYCBCR_BUILD_TESTS=OFF -DCYCBCR_BUILD_TOOLS=OFF -DCYCBCR_BUILD_BENCHMARKS=ON
+fi
+ninja -C "$build" -j2 cycbcr_bench
+exec "$build/bench/cycbcr_bench" "$@"
