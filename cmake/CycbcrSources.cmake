@@ -3,11 +3,17 @@
 set(CYCBCR_SOURCES
     platform/cpu_features.cpp
     platform/memory.cpp
+    platform/packed_rows.cpp
+    platform/imaging.cpp
     frame/formats.cpp
     frame/proc_level.cpp
     frame/dispatch.cpp
     ycbcr8/byte_order.cpp
     ycbcr8/byte_order_avx2.cpp
+    ycbcr8/packed_planar.cpp
+    ycbcr8/packed_planar_avx2.cpp
+    ycbcr8/planar_copy.cpp
+    ycbcr8/planar_copy_avx2.cpp
     ycbcr10/v210_pack.cpp
     ycbcr10/v210_pack_avx2.cpp
 )

@@ -53,7 +53,9 @@ uint32_t best_level() {
 
 extern "C" {
 
-CYCBCR_API uint32_t cycbcr_cpu_flags(void) { return cycbcr::CPUFeatureFlags(); }
+CYCBCR_API uint32_t cycbcr_cpu_flags(void) {
+    return cycbcr::CPUFeatureFlags();
+}
 
 CYCBCR_API unsigned int cycbcr_set_cpu(unsigned int level) {
     const uint32_t stored = level > 6 ? cycbcr_get_cpu(0) : cycbcr::resolve_request(level);

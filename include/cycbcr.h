@@ -26,6 +26,12 @@
 #define CYCBCR_API
 #endif
 
+/* The argument list every converter called by the dispatcher shares. */
+#define CYCBCR_CONVERTER(name)                                                         \
+    CYCBCR_API unsigned int name(uint8_t* dst, const uint8_t* src, unsigned int width, \
+                                 unsigned int height, unsigned int dstPitch,           \
+                                 unsigned int srcPitch)
+
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -290,6 +296,185 @@ CYCBCR_API unsigned int cycbcr_cyuv_to_yvyu_avx2(uint8_t* dst, const uint8_t* sr
 /* Flips a frame of height rows, pitch bytes each, in place (row i exchanged with
  * row height - 1 - i, whole pitch). Rows up to 5461 bytes use a stack buffer. */
 CYCBCR_API void cycbcr_invert(uint8_t* buf, unsigned int pitch, unsigned int height);
+
+/* ------------------------------------------------------------------------ */
+/* Packed 4:2:2 to and from planar I420, YV12, P422                          */
+/* ------------------------------------------------------------------------ */
+
+/* Planar frames lie in one buffer, planes back to back. As a destination the
+ * chroma planes start dstPitch * height bytes in (I420: Cb, then Cr a quarter of
+ * that later; YV12: Cr first; P422: Cb, then Cr half of it later), chroma rows
+ * dstPitch / 2 apart. As a source of these converters the planes are placed by
+ * width * height instead, whatever srcPitch is. All products are 32-bit.
+ *
+ * 4:2:0 is treated as two interlaced fields and never averaged:
+ *   packed to planar: chroma row k comes from source row 2k for even k and
+ *       2k + 1 for odd k (rows 0, 3, 4, 7, 8, 11, ...);
+ *   planar to packed: rows 0 and 2 take chroma row 0, rows 1 and 3 row 1,
+ *       rows 4 and 6 row 2, ... (except UYVY output off the AVX2 path, which
+ *       goes through the imaging-library path: row y takes chroma row y / 2,
+ *       odd last rows and columns untouched).
+ *
+ * Packed to planar reads width / 2 whole pairs per row (an odd last pixel is
+ * dropped); when srcPitch == 2 * width the rows run on from the previous row's
+ * last pair. Results: dstPitch * height + (dstPitch * height / 2 with its lowest
+ * bit cleared) from the engine, (height * dstPitch * 3) / 2 from the AVX2 forms,
+ * dstPitch * height when the P422 wrappers take the imaging-library path.
+ *
+ * Planar to packed writes ceil(width / 2) pairs per row (an odd width reads one
+ * Y byte past the row); when width == srcPitch the Y rows run on, and P422
+ * chroma is read as one run of ceil(width / 2) samples per row. Results:
+ * dstPitch * height.
+ *
+ * cyuv: converted as UYVY, then the planes (or the packed frame) are flipped
+ * with cycbcr_invert, padding rows included. */
+CYCBCR_CONVERTER(cycbcr_yuy2_to_i420);
+CYCBCR_CONVERTER(cycbcr_yuy2_to_yv12);
+CYCBCR_CONVERTER(cycbcr_yuy2_to_p422);
+CYCBCR_CONVERTER(cycbcr_yvyu_to_i420);
+CYCBCR_CONVERTER(cycbcr_yvyu_to_yv12);
+CYCBCR_CONVERTER(cycbcr_yvyu_to_p422);
+CYCBCR_CONVERTER(cycbcr_uyvy_to_i420);
+CYCBCR_CONVERTER(cycbcr_uyvy_to_yv12);
+CYCBCR_CONVERTER(cycbcr_uyvy_to_p422);
+CYCBCR_CONVERTER(cycbcr_cyuv_to_i420);
+CYCBCR_CONVERTER(cycbcr_cyuv_to_yv12);
+CYCBCR_CONVERTER(cycbcr_cyuv_to_p422);
+CYCBCR_CONVERTER(cycbcr_i420_to_yuy2);
+CYCBCR_CONVERTER(cycbcr_i420_to_yvyu);
+CYCBCR_CONVERTER(cycbcr_i420_to_uyvy);
+CYCBCR_CONVERTER(cycbcr_i420_to_cyuv);
+CYCBCR_CONVERTER(cycbcr_yv12_to_yuy2);
+CYCBCR_CONVERTER(cycbcr_yv12_to_yvyu);
+CYCBCR_CONVERTER(cycbcr_yv12_to_uyvy);
+CYCBCR_CONVERTER(cycbcr_yv12_to_cyuv);
+CYCBCR_CONVERTER(cycbcr_p422_to_yuy2);
+CYCBCR_CONVERTER(cycbcr_p422_to_yvyu);
+CYCBCR_CONVERTER(cycbcr_p422_to_uyvy);
+CYCBCR_CONVERTER(cycbcr_p422_to_cyuv);
+/* The AVX2 forms, chosen by the names above at level 5. */
+CYCBCR_CONVERTER(cycbcr_yuy2_to_i420_avx2);
+CYCBCR_CONVERTER(cycbcr_yuy2_to_yv12_avx2);
+CYCBCR_CONVERTER(cycbcr_yuy2_to_p422_avx2);
+CYCBCR_CONVERTER(cycbcr_yvyu_to_i420_avx2);
+CYCBCR_CONVERTER(cycbcr_yvyu_to_yv12_avx2);
+CYCBCR_CONVERTER(cycbcr_yvyu_to_p422_avx2);
+CYCBCR_CONVERTER(cycbcr_uyvy_to_i420_avx2);
+CYCBCR_CONVERTER(cycbcr_uyvy_to_yv12_avx2);
+CYCBCR_CONVERTER(cycbcr_uyvy_to_p422_avx2);
+CYCBCR_CONVERTER(cycbcr_cyuv_to_i420_avx2);
+CYCBCR_CONVERTER(cycbcr_cyuv_to_yv12_avx2);
+CYCBCR_CONVERTER(cycbcr_cyuv_to_p422_avx2);
+CYCBCR_CONVERTER(cycbcr_i420_to_yuy2_avx2);
+CYCBCR_CONVERTER(cycbcr_i420_to_yvyu_avx2);
+CYCBCR_CONVERTER(cycbcr_i420_to_uyvy_avx2);
+CYCBCR_CONVERTER(cycbcr_i420_to_cyuv_avx2);
+CYCBCR_CONVERTER(cycbcr_yv12_to_yuy2_avx2);
+CYCBCR_CONVERTER(cycbcr_yv12_to_yvyu_avx2);
+CYCBCR_CONVERTER(cycbcr_yv12_to_uyvy_avx2);
+CYCBCR_CONVERTER(cycbcr_yv12_to_cyuv_avx2);
+CYCBCR_CONVERTER(cycbcr_p422_to_yuy2_avx2);
+CYCBCR_CONVERTER(cycbcr_p422_to_yvyu_avx2);
+CYCBCR_CONVERTER(cycbcr_p422_to_uyvy_avx2);
+CYCBCR_CONVERTER(cycbcr_p422_to_cyuv_avx2);
+
+/* The engines. srcY, srcCb, srcCr point at the first Y, Cb and Cr byte of the
+ * packed row (YUY2: p, p + 1, p + 3; YVYU: p, p + 3, p + 1; UYVY: p + 1, p, p + 2);
+ * dstY, dstCb, dstCr at the three planes. mode 0: 4:2:0 planes, 1: 4:2:2.
+ * cycbcr_toplanar hands UYVY-shaped frames with planes in their usual places to
+ * the AVX2 forms at level 5; cycbcr_toplanar_sse2 never does. */
+CYCBCR_API unsigned int cycbcr_toplanar(const uint8_t* srcY, const uint8_t* srcCb,
+                                        const uint8_t* srcCr, uint8_t* dstY, uint8_t* dstCb,
+                                        uint8_t* dstCr, unsigned int width, unsigned int height,
+                                        unsigned int dstPitch, unsigned int srcPitch,
+                                        unsigned int mode);
+CYCBCR_API unsigned int cycbcr_toplanar_sse2(const uint8_t* srcY, const uint8_t* srcCb,
+                                             const uint8_t* srcCr, uint8_t* dstY, uint8_t* dstCb,
+                                             uint8_t* dstCr, unsigned int width,
+                                             unsigned int height, unsigned int dstPitch,
+                                             unsigned int srcPitch, unsigned int mode);
+/* The reverse: srcY, srcCb, srcCr are the planes, dstY, dstCb, dstCr the first
+ * Y, Cb and Cr byte of the packed row. */
+CYCBCR_API unsigned int cycbcr_fromplanar(const uint8_t* srcY, const uint8_t* srcCb,
+                                          const uint8_t* srcCr, uint8_t* dstY, uint8_t* dstCb,
+                                          uint8_t* dstCr, unsigned int width, unsigned int height,
+                                          unsigned int dstPitch, unsigned int srcPitch,
+                                          unsigned int mode);
+
+/* Field-exchanging variants, for callers whose fields arrive in the other order:
+ * source row 2k is written to row 2k + 1 and 2k + 1 to 2k, so for an odd height
+ * the last source row lands one row past the frame (the destination needs one
+ * row more). Neither takes an AVX2 or imaging-library path.
+ * cycbcr_fromplanar_fieldinvert: uses the low four bits of mode; chroma pointers
+ *   run on from row to row. Mode 1: one Cb and Cr per pair; mode 2: every other
+ *   chroma byte (a plane of one sample per pixel); mode 0: chroma row (i - 1) / 2
+ *   on odd source rows, one sample per two pairs (four pixels). Returns
+ *   height * dstPitch.
+ * cycbcr_toplanar_fieldinvert: Y rows exchanged as above; each pair's chroma goes
+ *   to chroma row i / 2 (4:2:0: even source rows only). Returns the engine's
+ *   count. */
+CYCBCR_API unsigned int cycbcr_fromplanar_fieldinvert(const uint8_t* srcY, const uint8_t* srcCb,
+                                                      const uint8_t* srcCr, uint8_t* dstY,
+                                                      uint8_t* dstCb, uint8_t* dstCr,
+                                                      unsigned int width, unsigned int height,
+                                                      unsigned int dstPitch, unsigned int srcPitch,
+                                                      unsigned int mode);
+CYCBCR_API unsigned int cycbcr_toplanar_fieldinvert(const uint8_t* srcY, const uint8_t* srcCb,
+                                                    const uint8_t* srcCr, uint8_t* dstY,
+                                                    uint8_t* dstCb, uint8_t* dstCr,
+                                                    unsigned int width, unsigned int height,
+                                                    unsigned int dstPitch, unsigned int srcPitch,
+                                                    unsigned int mode);
+
+/* ------------------------------------------------------------------------ */
+/* Planar to planar: I420, YV12, P422                                         */
+/* ------------------------------------------------------------------------ */
+
+/* No sample is computed: planes and rows are copied, and 4:2:0 <-> 4:2:2 repeats
+ * (each 4:2:0 chroma row serves two rows) or drops (odd 4:2:2 chroma rows) whole
+ * chroma rows, with no regard to fields. Both sides place their planes by their
+ * own pitch: chroma at pitch * height, the second a quarter (4:2:0) or half
+ * (4:2:2) of that later, chroma rows pitch / 2 apart.
+ *
+ * Among I420 and YV12, Cb stays Cb. Between 4:2:0 and P422 the first chroma
+ * plane of one side pairs with the first of the other, so Cb and Cr trade places
+ * in the result; existing callers rely on it.
+ *
+ * I420/YV12 copies: with equal pitches whole planes (pitch * height and a quarter
+ * of it); otherwise min(dstPitch, srcPitch) bytes per Y row and half that per
+ * chroma row. Return dstPitch * height * 3 / 2 (as dstPitch * height +
+ * dstPitch * height / 2). P422 to P422 copies whole planes sized by dstPitch
+ * whatever srcPitch is; the other P422 pairs copy width (Y) and width / 2
+ * (chroma) bytes per row. All P422 pairs return 2 * dstPitch * height. */
+CYCBCR_CONVERTER(cycbcr_i420_to_i420);
+CYCBCR_CONVERTER(cycbcr_i420_to_yv12);
+CYCBCR_CONVERTER(cycbcr_yv12_to_i420);
+CYCBCR_CONVERTER(cycbcr_yv12_to_yv12);
+CYCBCR_CONVERTER(cycbcr_i420_to_p422);
+CYCBCR_CONVERTER(cycbcr_yv12_to_p422);
+CYCBCR_CONVERTER(cycbcr_p422_to_i420);
+CYCBCR_CONVERTER(cycbcr_p422_to_yv12);
+CYCBCR_CONVERTER(cycbcr_p422_to_p422);
+
+/* The engines: destination Y and chroma planes, then the source's; the first
+ * chroma plane is always filled from the first. The flags say which side is
+ * 4:2:2. cycbcr_planar_422_420 takes its AVX2 form at level 5. */
+CYCBCR_API unsigned int cycbcr_planar_copy(uint8_t* dY, uint8_t* dA, uint8_t* dB, const uint8_t* sY,
+                                           const uint8_t* sA, const uint8_t* sB, unsigned int width,
+                                           unsigned int height, unsigned int dstPitch,
+                                           unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_planar_422_420(uint8_t* dY, uint8_t* dA, uint8_t* dB,
+                                              const uint8_t* sY, const uint8_t* sA,
+                                              const uint8_t* sB, unsigned int width,
+                                              unsigned int height, unsigned int dstPitch,
+                                              unsigned int srcPitch, unsigned int dst422,
+                                              unsigned int src422);
+CYCBCR_API unsigned int cycbcr_planar_422_420_avx2(uint8_t* dY, uint8_t* dA, uint8_t* dB,
+                                                   const uint8_t* sY, const uint8_t* sA,
+                                                   const uint8_t* sB, unsigned int width,
+                                                   unsigned int height, unsigned int dstPitch,
+                                                   unsigned int srcPitch, unsigned int dst422,
+                                                   unsigned int src422);
 
 /* ------------------------------------------------------------------------ */
 /* v210: 10-bit packed 4:2:2                                                 */

@@ -48,7 +48,10 @@ done
 ((avx2_with_ymm > 0)) || fail "no _avx2 object shows a ymm register: is objdump working?"
 
 exports=$(nm -D --defined-only "$lib" | awk '{ sub(/@.*/, "", $NF); print $NF }' | sort -u)
-declared=$(grep -oE '\bcycbcr_[A-Za-z0-9_]+[[:space:]]*\(' "$header" | tr -d '( \t' | sort -u)
+declared=$( {
+    grep -oE '\bcycbcr_[A-Za-z0-9_]+[[:space:]]*\(' "$header" | tr -d '( \t'
+    grep -oE 'CYCBCR_CONVERTER\(cycbcr_[A-Za-z0-9_]+\)' "$header" | sed -E 's/.*\((.*)\)/\1/'
+} | sort -u)
 count=$(wc -w <<<"$declared")
 ((count >= 30)) || fail "found only $count cycbcr_* declarations in $header"
 for sym in $declared gdwProcType _Z9_fixPitchjjRj; do
