@@ -1,5 +1,6 @@
 #include "colour_bars.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <string>
@@ -22,6 +23,14 @@ constexpr YCbCr studio_601(double r, double g, double b) {
             static_cast<uint8_t>(round_positive(128.0 + 224.0 * (r - y) / 1.402))};
 }
 
+// The same at 10 bits: Y in 64..940, Cb and Cr in 64..960.
+constexpr YCbCr10 studio_601_10(double r, double g, double b) {
+    const double y = 0.299 * r + 0.587 * g + 0.114 * b;
+    return {static_cast<uint16_t>(round_positive(64.0 + 876.0 * y)),
+            static_cast<uint16_t>(round_positive(512.0 + 896.0 * (b - y) / 1.772)),
+            static_cast<uint16_t>(round_positive(512.0 + 896.0 * (r - y) / 1.402))};
+}
+
 constexpr double kBar = 0.75;
 constexpr std::array<YCbCr, 8> kBars = {
     studio_601(kBar, kBar, kBar), studio_601(kBar, kBar, 0),  // white, yellow
@@ -29,6 +38,16 @@ constexpr std::array<YCbCr, 8> kBars = {
     studio_601(kBar, 0, kBar),    studio_601(kBar, 0, 0),     // magenta, red
     studio_601(0, 0, kBar),       studio_601(0, 0, 0),        // blue, black
 };
+constexpr std::array<YCbCr10, 8> kBars10 = {
+    studio_601_10(kBar, kBar, kBar), studio_601_10(kBar, kBar, 0), studio_601_10(0, kBar, kBar),
+    studio_601_10(0, kBar, 0),       studio_601_10(kBar, 0, kBar), studio_601_10(kBar, 0, 0),
+    studio_601_10(0, 0, kBar),       studio_601_10(0, 0, 0),
+};
+
+// The bar under pixel x of a row of the given width.
+int bar_at(uint32_t x, uint32_t width) {
+    return static_cast<int>(uint64_t{x} * 8 / width);
+}
 
 // Byte positions of Y0, Cb, Y1 and Cr inside one 4-byte pair.
 struct PairOrder {
@@ -41,8 +60,8 @@ void write_packed422(PairOrder order, bool bottom_up, uint32_t width, uint32_t h
     std::vector<uint8_t> row(layout.pitch);
     for (uint32_t x = 0; x + 1 < width; x += 2) {
         // Chroma is sited with the even pixel of the pair.
-        const YCbCr left = bar_colour(static_cast<int>(uint64_t{x} * 8 / width));
-        const YCbCr right = bar_colour(static_cast<int>(uint64_t{x + 1} * 8 / width));
+        const YCbCr left = bar_colour(bar_at(x, width));
+        const YCbCr right = bar_colour(bar_at(x + 1, width));
         uint8_t* pair = row.data() + uint64_t{x} * 2;
         pair[order.y0] = left.y;
         pair[order.cb] = left.cb;
@@ -55,10 +74,70 @@ void write_packed422(PairOrder order, bool bottom_up, uint32_t width, uint32_t h
     }
 }
 
+// Planar: the Y plane, then the two chroma planes in the format's order, each
+// chroma sample taking the colour of the even pixel of its pair.
+void write_planar(bool cr_first, bool full_height_chroma, uint32_t width, uint32_t height,
+                  std::span<uint8_t> frame) {
+    const uint32_t chroma_width = width / 2;
+    const uint32_t chroma_height = full_height_chroma ? height : height / 2;
+    std::vector<uint8_t> y_row(width), cb_row(chroma_width), cr_row(chroma_width);
+    for (uint32_t x = 0; x < width; ++x) y_row[x] = bar_colour(bar_at(x, width)).y;
+    for (uint32_t k = 0; k < chroma_width; ++k) {
+        const YCbCr c = bar_colour(bar_at(2 * k, width));
+        cb_row[k] = c.cb;
+        cr_row[k] = c.cr;
+    }
+    uint8_t* out = frame.data();
+    for (uint32_t line = 0; line < height; ++line, out += width) {
+        std::memcpy(out, y_row.data(), width);
+    }
+    for (const std::vector<uint8_t>* plane :
+         {cr_first ? &cr_row : &cb_row, cr_first ? &cb_row : &cr_row}) {
+        for (uint32_t line = 0; line < chroma_height; ++line, out += chroma_width) {
+            std::memcpy(out, plane->data(), chroma_width);
+        }
+    }
+}
+
+// v210: each group of six pixels is twelve samples in the UYVY order
+// (Cb0 Y0 Cr0 Y1 Cb1 Y2 ...), three to a little-endian word, bits 30-31 zero.
+// Pixels past the width that complete the last group repeat the last pixel;
+// the rest of the row, up to its 128-byte block, stays zero.
+void write_v210(uint32_t width, uint32_t height, const FrameLayout& layout,
+                std::span<uint8_t> frame) {
+    std::vector<uint8_t> row(layout.pitch);
+    const uint32_t groups = (width + 5) / 6;
+    for (uint32_t g = 0; g < groups; ++g) {
+        uint32_t samples[12];
+        for (uint32_t i = 0; i < 6; ++i) {
+            const uint32_t x = std::min(6 * g + i, width - 1);
+            const YCbCr10 c = bar_colour10(bar_at(x, width));
+            samples[2 * i + 1] = c.y;
+            if (i % 2 == 0) {  // chroma sited with the even pixel of the pair
+                samples[2 * i] = c.cb;
+                samples[2 * i + 2] = c.cr;
+            }
+        }
+        for (uint32_t w = 0; w < 4; ++w) {
+            const uint32_t word =
+                samples[3 * w] | (samples[3 * w + 1] << 10) | (samples[3 * w + 2] << 20);
+            uint8_t* out = row.data() + 16 * g + 4 * w;
+            for (int b = 0; b < 4; ++b) out[b] = static_cast<uint8_t>(word >> (8 * b));
+        }
+    }
+    for (uint32_t line = 0; line < height; ++line) {
+        std::memcpy(frame.data() + uint64_t{line} * layout.pitch, row.data(), layout.pitch);
+    }
+}
+
 }  // namespace
 
 YCbCr bar_colour(int bar) {
     return kBars.at(static_cast<size_t>(bar));
+}
+
+YCbCr10 bar_colour10(int bar) {
+    return kBars10.at(static_cast<size_t>(bar));
 }
 
 void write_colour_bars(Format format, uint32_t width, uint32_t height, const FrameLayout& layout,
@@ -72,6 +151,14 @@ void write_colour_bars(Format format, uint32_t width, uint32_t height, const Fra
             return write_packed422({0, 3, 2, 1}, false, width, height, layout, frame);
         case Format::CYUV:
             return write_packed422({1, 0, 3, 2}, true, width, height, layout, frame);
+        case Format::V210:
+            return write_v210(width, height, layout, frame);
+        case Format::I420:
+            return write_planar(false, false, width, height, frame);
+        case Format::YV12:
+            return write_planar(true, false, width, height, frame);
+        case Format::P422:
+            return write_planar(false, true, width, height, frame);
         default:
             break;
     }

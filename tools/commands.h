@@ -13,5 +13,6 @@ using Args = std::span<const std::string_view>;
 std::string usage_text();
 int run_convert(Args args);
 int run_cpu(Args args);
+int run_formats(Args args);
 
 }  // namespace cycbcr_tool

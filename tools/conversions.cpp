@@ -2,54 +2,50 @@
 
 #include <cycbcr.h>
 
-#include <array>
 #include <string>
+#include <vector>
 
 #include "tool_error.h"
 
 namespace cycbcr_tool {
-namespace {
 
-// One row per pair; every alias has already been mapped to its canonical
-// format, so "YUNV" to "2vuy" runs the YUY2 to UYVY converter.
-constexpr std::array kConversions = {
-    Conversion{Format::UYVY, Format::UYVY, cycbcr_uyvy_to_uyvy},
-    Conversion{Format::UYVY, Format::YUY2, cycbcr_uyvy_to_yuy2},
-    Conversion{Format::UYVY, Format::YVYU, cycbcr_uyvy_to_yvyu},
-    Conversion{Format::UYVY, Format::CYUV, cycbcr_uyvy_to_cyuv},
-    Conversion{Format::YUY2, Format::UYVY, cycbcr_yuy2_to_uyvy},
-    Conversion{Format::YUY2, Format::YUY2, cycbcr_yuy2_to_yuy2},
-    Conversion{Format::YUY2, Format::YVYU, cycbcr_yuy2_to_yvyu},
-    Conversion{Format::YUY2, Format::CYUV, cycbcr_yuy2_to_cyuv},
-    Conversion{Format::YVYU, Format::UYVY, cycbcr_yvyu_to_uyvy},
-    Conversion{Format::YVYU, Format::YUY2, cycbcr_yvyu_to_yuy2},
-    Conversion{Format::YVYU, Format::YVYU, cycbcr_yvyu_to_yvyu},
-    Conversion{Format::YVYU, Format::CYUV, cycbcr_yvyu_to_cyuv},
-    Conversion{Format::CYUV, Format::UYVY, cycbcr_cyuv_to_uyvy},
-    Conversion{Format::CYUV, Format::YUY2, cycbcr_cyuv_to_yuy2},
-    Conversion{Format::CYUV, Format::YVYU, cycbcr_cyuv_to_yvyu},
-    Conversion{Format::CYUV, Format::CYUV, cycbcr_cyuv_to_cyuv},
-};
-
-}  // namespace
-
-const Conversion* find_conversion(Format from, Format to) {
-    for (const Conversion& conversion : kConversions) {
-        if (conversion.from == from && conversion.to == to) return &conversion;
-    }
-    return nullptr;
+// cycbcr_can_transcode cannot say which pairs convert: it answers for the
+// codes the library knows, not for the converters this build has. So the
+// dispatcher is asked by a trial. It returns 0, writing nothing, for a pair it
+// has no converter for, and otherwise its converter's byte count. Some
+// converters count with the pitch as the caller passed it, which is 0 for a
+// pitch of 0, but none returns 0 for a frame of non-zero size and non-zero
+// pitches. So a pair converts exactly when a trial frame with the natural,
+// non-zero pitches of both formats gives a non-zero result. The trial frame is
+// 48x2: a whole v210 row block, a whole number of every pixel group, and an
+// even height for 4:2:0.
+bool library_converts(uint32_t from_code, uint32_t to_code) {
+    constexpr uint32_t kWidth = 48;
+    constexpr uint32_t kHeight = 2;
+    // Under 1 KiB is touched in any format at this size; the rest is spare.
+    constexpr size_t kScratch = 16 * 1024;
+    const FormatCode* from = find_code(from_code);
+    const FormatCode* to = find_code(to_code);
+    if (from == nullptr || to == nullptr) return false;
+    std::vector<uint8_t> src(kScratch, 0x80);
+    std::vector<uint8_t> dst(kScratch);
+    return cycbcr_transcode(dst.data(), src.data(), kWidth, kHeight,
+                            natural_pitch(to->format, kWidth), natural_pitch(from->format, kWidth),
+                            0, 0, to_code, from_code) != 0;
 }
 
-void convert_frame(const Conversion& conversion, uint8_t* dst, const uint8_t* src, uint32_t width,
-                   uint32_t height, const FrameLayout& dst_layout, const FrameLayout& src_layout) {
-    const unsigned int count =
-        conversion.convert(dst, src, width, height, dst_layout.pitch, src_layout.pitch);
-    // Every converter of the table reports height * dstPitch, which for a tight
-    // layout is the whole destination frame.
-    if (count != dst_layout.frame_bytes) {
-        throw ToolError(std::string("the library reported ") + std::to_string(count) +
-                        " bytes for a " + std::to_string(dst_layout.frame_bytes) + "-byte " +
-                        format_name(conversion.to) + " frame");
+void convert_frame(uint32_t from_code, uint32_t to_code, uint8_t* dst, const uint8_t* src,
+                   uint32_t width, uint32_t height, const FrameLayout& dst_layout,
+                   const FrameLayout& src_layout) {
+    // The byte count means different things for different converters (the
+    // pitch as passed times the height, the v210 row size times the height,
+    // pixels times two ...), so only a count of 0, the dispatcher's refusal,
+    // is taken as a failure.
+    const unsigned int count = cycbcr_transcode(dst, src, width, height, dst_layout.pitch,
+                                                src_layout.pitch, 0, 0, to_code, from_code);
+    if (count == 0) {
+        throw ToolError("the library converted nothing from " + code_text(from_code) + " to " +
+                        code_text(to_code));
     }
 }
 

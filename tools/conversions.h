@@ -1,4 +1,5 @@
-// The conversions the command can run, by pair of canonical formats.
+// Conversions through the library's FourCC dispatcher, and which pairs it
+// converts.
 #pragma once
 
 #include <cstdint>
@@ -7,24 +8,15 @@
 
 namespace cycbcr_tool {
 
-// A frame converter in the library's argument order: destination first, then
-// width and height in pixels and rows, then the pitches in bytes.
-using FrameConverter = unsigned int (*)(uint8_t* dst, const uint8_t* src, unsigned int width,
-                                        unsigned int height, unsigned int dstPitch,
-                                        unsigned int srcPitch);
+// Whether the library converts frames from one code to the other, asked of the
+// library itself by a trial conversion (see conversions.cpp).
+bool library_converts(uint32_t from_code, uint32_t to_code);
 
-struct Conversion {
-    Format from;
-    Format to;
-    FrameConverter convert;
-};
-
-// The conversion of a pair, or nullptr when the command has none for it.
-const Conversion* find_conversion(Format from, Format to);
-
-// Converts one whole frame between buffers laid out as frame_layout() says;
-// throws ToolError if the library reports a byte count other than the frame's.
-void convert_frame(const Conversion& conversion, uint8_t* dst, const uint8_t* src, uint32_t width,
-                   uint32_t height, const FrameLayout& dst_layout, const FrameLayout& src_layout);
+// Converts one whole frame with cycbcr_transcode, the codes passed as the user
+// gave them and the pitches of the two layouts. Throws ToolError when the
+// library converts nothing.
+void convert_frame(uint32_t from_code, uint32_t to_code, uint8_t* dst, const uint8_t* src,
+                   uint32_t width, uint32_t height, const FrameLayout& dst_layout,
+                   const FrameLayout& src_layout);
 
 }  // namespace cycbcr_tool

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdio>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -101,17 +102,22 @@ class Fnv1a64 {
     uint64_t hash_ = 0xCBF29CE484222325ull;
 };
 
-// A "frame n/N" line on stderr for long inputs, only when stderr is a terminal.
+// A "frame n/N" line on stderr (n alone when the input's length is not known)
+// once a conversion has run for a second, redrawn at most four times a second
+// and cleared by finish(). Only when stderr is a terminal: in a log or a pipe
+// the carriage returns would pile up as clutter.
 class Progress {
   public:
     explicit Progress(uint64_t total) : total_(total), enabled_(isatty(STDERR_FILENO) == 1) {}
-    ~Progress() {
-        if (shown_) std::fputs("\r\033[K", stderr);
-    }
+    ~Progress() { finish(); }
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+
     void frame_done(uint64_t done) {
         if (!enabled_) return;
         const auto now = std::chrono::steady_clock::now();
-        if (now - last_ < std::chrono::milliseconds(250)) return;
+        if (now - start_ < std::chrono::seconds(1)) return;
+        if (shown_ && now - last_ < std::chrono::milliseconds(250)) return;
         last_ = now;
         shown_ = true;
         if (total_ != 0) {
@@ -120,13 +126,20 @@ class Progress {
         } else {
             std::fprintf(stderr, "\rcycbcr: frame %llu", static_cast<unsigned long long>(done));
         }
+        std::fflush(stderr);
+    }
+
+    void finish() {
+        if (shown_) std::fputs("\r\033[K", stderr);
+        shown_ = false;
     }
 
   private:
     uint64_t total_;
     bool enabled_;
     bool shown_ = false;
-    std::chrono::steady_clock::time_point last_ = std::chrono::steady_clock::now();
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+    std::chrono::steady_clock::time_point last_ = start_;
 };
 
 std::vector<uint8_t> frame_buffer(uint64_t bytes) {
@@ -140,10 +153,10 @@ int run_convert(Args args) {
     const ConvertOptions options = parse_options(args);
     const FormatCode& from = resolve_code(*options.from, false);
     const FormatCode& to = resolve_code(*options.to, true);
-    const Conversion* conversion = find_conversion(from.format, to.format);
-    if (conversion == nullptr) {
+    if (!library_converts(from.value, to.value)) {
         throw ToolError(std::string("converting ") + format_name(from.format) + " to " +
-                        format_name(to.format) + " is not supported by this version");
+                        format_name(to.format) +
+                        " is not supported by this build of the library (see cycbcr formats)");
     }
 
     uint32_t width = 1920;
@@ -153,15 +166,20 @@ int run_convert(Args args) {
     const FrameLayout dst_layout = frame_layout(to.format, width, height);
     const std::string size_text = std::to_string(width) + "x" + std::to_string(height);
 
-    std::vector<uint8_t> src = frame_buffer(src_layout.frame_bytes);
-    std::vector<uint8_t> dst = frame_buffer(dst_layout.frame_bytes);
+    // Frames are read into and written from the start of buffers that leave
+    // the converters room past the frame; files hold the frame bytes only.
+    std::vector<uint8_t> src = frame_buffer(src_layout.buffer_bytes);
+    std::vector<uint8_t> dst = frame_buffer(dst_layout.buffer_bytes);
+    const std::span<uint8_t> src_frame(src.data(), static_cast<size_t>(src_layout.frame_bytes));
+    const std::span<const uint8_t> dst_frame(dst.data(),
+                                             static_cast<size_t>(dst_layout.frame_bytes));
 
     std::optional<FrameReader> reader;
     if (options.in) {
         reader.emplace(*options.in, src_layout.frame_bytes,
                        size_text + " " + format_name(from.format));
     } else {
-        write_colour_bars(from.format, width, height, src_layout, src);
+        write_colour_bars(from.format, width, height, src_layout, src_frame);
     }
     if (options.level) cycbcr_set_cpu(parse_level(*options.level));
 
@@ -173,15 +191,17 @@ int run_convert(Args args) {
     Fnv1a64 checksum;
     uint64_t frames = 0;
     Progress progress(reader ? reader->known_frames() : 1);
-    while (reader ? reader->read(src) : frames == 0) {
-        convert_frame(*conversion, dst.data(), src.data(), width, height, dst_layout, src_layout);
+    while (reader ? reader->read(src_frame) : frames == 0) {
+        convert_frame(from.value, to.value, dst.data(), src.data(), width, height, dst_layout,
+                      src_layout);
         if (output) {
-            output->write(dst);
+            output->write(dst_frame);
         } else {
-            checksum.add(dst);
+            checksum.add(dst_frame);
         }
         progress.frame_done(++frames);
     }
+    progress.finish();
 
     if (output) {
         output->commit();

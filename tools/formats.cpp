@@ -45,15 +45,65 @@ bool parse_decimal(std::string_view text, uint32_t& value) {
     return ec == std::errc() && end == text.data() + text.size();
 }
 
+// Room for the converters' whole-group rows past the last pixel of a packed
+// 8-bit row: up to one 12-pixel step, 24 bytes. v210 to UYVY on the AVX2 path
+// writes whole 6-pixel groups (ceil(width / 6) * 12 bytes a row), the v210
+// unpackers for the other byte orders write the width rounded up to 12 pixels,
+// and the packers into v210 read whole 6-pixel groups. The converters that
+// write packed rows work top to bottom, so a row's overrun lands in the next
+// row before that row is written and only the last row's reaches past the
+// frame. The room is still given once per row: with a pitch of exactly
+// 2 * width the YUY2-style packers start each row where the previous row's
+// last group ended, so their reads run further past the frame row by row.
+constexpr uint64_t kPackedRowOverrun = 24;
+
+// A small margin after every buffer, on top of the documented overruns.
+constexpr uint64_t kBufferMargin = 64;
+
 FrameLayout packed422_layout(Format format, uint32_t width, uint32_t height) {
-    // The pixel pair is the smallest unit of these formats: an odd width has no
-    // complete last pair, and some converters leave such a pixel unwritten.
+    // A row is whole Cb Y Cr Y pixel pairs: an odd width would end every row in
+    // half a pair, a pixel with one chroma sample and no partner, which the
+    // byte-order converters leave unwritten.
     if (width % 2 != 0) {
         throw ToolError(std::string(format_name(format)) + " frames need an even width, not " +
                         std::to_string(width));
     }
-    const uint32_t pitch = 2 * width;
-    return {pitch, uint64_t{pitch} * height};
+    const uint32_t pitch = natural_pitch(format, width);
+    const uint64_t frame = uint64_t{pitch} * height;
+    return {pitch, frame, frame + kPackedRowOverrun * height + kBufferMargin};
+}
+
+FrameLayout v210_layout(uint32_t width, uint32_t height) {
+    // Any width: rows are whole 128-byte blocks of eight groups, and every v210
+    // converter reads and writes whole groups inside them.
+    const uint32_t pitch = natural_pitch(Format::V210, width);
+    const uint64_t frame = uint64_t{pitch} * height;
+    return {pitch, frame, frame + kBufferMargin};
+}
+
+// Room past each planar row: the v210 unpackers write the width rounded up to
+// 12 pixels in every row and plane (up to 11 bytes past a row).
+constexpr uint64_t kPlanarRowOverrun = 12;
+
+FrameLayout planar_layout(Format format, uint32_t width, uint32_t height) {
+    // The planes lie back to back with rows of width and width / 2 bytes, where
+    // the library puts them: chroma at width * height, the second chroma plane a
+    // quarter (4:2:0) or half (4:2:2) of that later. That is the tightly packed
+    // frame only when every chroma sample covers whole pixels.
+    const bool subsampled = format != Format::P422;
+    if (width % 2 != 0) {
+        throw ToolError(std::string(format_name(format)) + " frames need an even width, not " +
+                        std::to_string(width));
+    }
+    if (subsampled && height % 2 != 0) {
+        throw ToolError(std::string(format_name(format)) + " frames need an even height, not " +
+                        std::to_string(height));
+    }
+    const uint32_t pitch = natural_pitch(format, width);
+    const uint64_t luma = uint64_t{pitch} * height;
+    const uint64_t frame = luma + (subsampled ? luma / 2 : luma);
+    const uint64_t rows = subsampled ? height * 2ull : height * 3ull;  // luma and chroma rows
+    return {pitch, frame, frame + kPlanarRowOverrun * rows + kBufferMargin};
 }
 
 }  // namespace
@@ -99,6 +149,49 @@ std::string code_text(uint32_t value) {
     return text;
 }
 
+const char* format_description(Format format) {
+    switch (format) {
+        case Format::UYVY:
+            return "packed 4:2:2, 8-bit, bytes Cb Y0 Cr Y1, top row first";
+        case Format::YUY2:
+            return "packed 4:2:2, 8-bit, bytes Y0 Cb Y1 Cr, top row first";
+        case Format::YVYU:
+            return "packed 4:2:2, 8-bit, bytes Y0 Cr Y1 Cb, top row first";
+        case Format::CYUV:
+            return "packed 4:2:2, 8-bit, bytes Cb Y0 Cr Y1, bottom row first";
+        case Format::I420:
+            return "planar 4:2:0, 8-bit, planes Y, Cb, Cr";
+        case Format::YV12:
+            return "planar 4:2:0, 8-bit, planes Y, Cr, Cb";
+        case Format::P422:
+            return "planar 4:2:2, 8-bit, planes Y, Cb, Cr";
+        case Format::V210:
+            return "packed 4:2:2, 10-bit, 6 pixels in 16 bytes, rows of 48-pixel blocks";
+        case Format::RGB32:
+            return "RGB, 32 bits per pixel";
+    }
+    return "?";
+}
+
+uint32_t natural_pitch(Format format, uint32_t width) {
+    switch (format) {
+        case Format::UYVY:
+        case Format::YUY2:
+        case Format::YVYU:
+        case Format::CYUV:
+            return 2 * width;
+        case Format::V210:
+            return v210_row_bytes(width);
+        case Format::I420:
+        case Format::YV12:
+        case Format::P422:
+            return width;
+        case Format::RGB32:
+            return 4 * width;
+    }
+    return 0;
+}
+
 const char* format_name(Format format) {
     switch (format) {
         case Format::UYVY:
@@ -123,22 +216,38 @@ const char* format_name(Format format) {
     return "?";
 }
 
-FrameLayout frame_layout(Format format, uint32_t width, uint32_t height) {
+bool command_lays_out(Format format) {
     switch (format) {
         case Format::UYVY:
         case Format::YUY2:
         case Format::YVYU:
         case Format::CYUV:
-            return packed422_layout(format, width, height);
+        case Format::V210:
         case Format::I420:
         case Format::YV12:
         case Format::P422:
-        case Format::V210:
+            return true;
         case Format::RGB32:
-            break;
+            return false;
     }
-    throw ToolError(std::string("frames of ") + format_name(format) +
-                    " are not supported by this version of the command");
+    return false;
+}
+
+FrameLayout frame_layout(Format format, uint32_t width, uint32_t height) {
+    if (!command_lays_out(format)) {
+        throw ToolError(std::string("frames of ") + format_name(format) +
+                        " are not supported by this version of the command");
+    }
+    switch (format) {
+        case Format::V210:
+            return v210_layout(width, height);
+        case Format::I420:
+        case Format::YV12:
+        case Format::P422:
+            return planar_layout(format, width, height);
+        default:
+            return packed422_layout(format, width, height);
+    }
 }
 
 void parse_size(std::string_view text, uint32_t& width, uint32_t& height) {

@@ -36,17 +36,31 @@ std::string code_text(uint32_t value);
 
 const char* format_name(Format format);
 
-// A frame as the command reads and writes it: rows tightly packed, so a file
-// holds frames of exactly frame_bytes back to back. pitch is the distance
-// between rows of the first plane, as passed to the converters.
+// One line on how a frame of the format lies in memory, for listings.
+const char* format_description(Format format);
+
+// The row distance of a tightly packed frame of the given width: 2 * width for
+// packed 8-bit 4:2:2, v210_row_bytes(width) for v210, the width (the Y plane)
+// for planar formats, 4 * width for 32-bit RGB. Never 0 for a width above 0.
+uint32_t natural_pitch(Format format, uint32_t width);
+
+// A frame as the command reads and writes it: rows at natural_pitch(), so a
+// file holds frames of exactly frame_bytes back to back. The converters work
+// in whole pixel groups and may read or write past the last pixel of a row, so
+// a frame's buffer is buffer_bytes long; only its first frame_bytes belong to
+// the frame.
 struct FrameLayout {
     uint32_t pitch = 0;
     uint64_t frame_bytes = 0;
+    uint64_t buffer_bytes = 0;
 };
 
 // The layout of a width x height frame; throws ToolError when the format cannot
 // hold a frame of that size, or when the command does not lay it out yet.
 FrameLayout frame_layout(Format format, uint32_t width, uint32_t height);
+
+// Whether frame_layout() knows the format at all (for any size it accepts).
+bool command_lays_out(Format format);
 
 // Parses "WxH" (both decimal, no signs or spaces); throws ToolError.
 void parse_size(std::string_view text, uint32_t& width, uint32_t& height);

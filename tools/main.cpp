@@ -36,25 +36,39 @@ std::string usage_text() {
     return "usage:\n"
            "  cycbcr convert --from CODE --to CODE [--size WxH] [--in FILE] [--out FILE]\n"
            "                 [--level N]\n"
+           "  cycbcr formats\n"
            "  cycbcr cpu\n"
            "  cycbcr --help | --version\n"
            "\n"
-           "convert  Converts a raw file of frames back to back, all of one size and format.\n"
-           "         --size is required with --in. Without --in the source is one built-in\n"
-           "         frame of 75% colour bars (BT.601 studio range) made in the source format,\n"
-           "         1920x1080 unless --size says otherwise. Without --out a summary is printed\n"
-           "         (frames, bytes, FNV-1a 64 checksum of the output) instead of writing.\n"
-           "         The output file appears only once complete. --level N sets the processor\n"
-           "         level (0 to 6, see 'cycbcr cpu') before converting.\n"
+           "convert  Converts a raw file of frames back to back, all of one size and format,\n"
+           "         through the library's dispatcher (cycbcr_transcode) with the codes as\n"
+           "         given. --size is required with --in. Without --in the source is one\n"
+           "         built-in frame of 75% colour bars (BT.601 studio range) made in the\n"
+           "         source format, 1920x1080 unless --size says otherwise. Without --out a\n"
+           "         summary is printed (frames, bytes, FNV-1a 64 checksum of the output)\n"
+           "         instead of writing. The output file appears only once complete.\n"
+           "         --level N sets the processor level (0 to 6, see 'cycbcr cpu') before\n"
+           "         converting. When stderr is a terminal, a conversion that runs longer\n"
+           "         than a second shows the frames done there (nothing in logs or pipes).\n"
+           "formats  Lists the format codes and the pairs this build converts.\n"
            "cpu      Prints the processor feature bits and levels the library goes by.\n"
+           "\n"
+           "Frames in files have their rows tightly packed. UYVY, YUY2, YVYU and cyuv:\n"
+           "2 bytes per pixel, even widths only (a row is whole 4-byte pixel pairs; an\n"
+           "odd width would end each row in half a pair, which the byte-order converters\n"
+           "leave unwritten). I420 and YV12: a Y plane, then chroma planes of\n"
+           "width/2 x height/2 (YV12: Cr first), even widths and heights. P422: chroma\n"
+           "planes of width/2 x height, even widths. v210: any width, rows of\n"
+           "ceil(width / 48) * 128 bytes. RGB frames are not read or written yet.\n"
            "\n"
            "A CODE is four characters (case matters: yuv2 and yuV2 differ), a hexadecimal\n"
            "number with 0x, or a decimal number (0 is RGB). Known codes:\n" +
            code_list() +
            "\n\n"
-           "Conversions available in this version: among UYVY, YUY2, YVYU and cyuv (packed\n"
-           "4:2:2, 2 bytes per pixel, even widths). YVYU <-> UYVY and YVYU <-> cyuv swap the\n"
-           "bytes of each 16-bit word as YUY2 <-> UYVY does, so Cb and Cr trade places.\n"
+           "Which pairs convert: see 'cycbcr formats'. YVYU <-> UYVY and YVYU <-> cyuv\n"
+           "swap the bytes of each 16-bit word as YUY2 <-> UYVY does, so Cb and Cr trade\n"
+           "places. v210 -> UYVY rounds each 10-bit sample to 8 bits, saturating at 255,\n"
+           "except at level 5 (AVX2), where 1022 and 1023 wrap to 0.\n"
            "\n"
            "Exit status: 0 on success, 2 on any error.\n";
 }
@@ -76,6 +90,7 @@ int main(int argc, char** argv) {
         const Args rest = Args(args).subspan(1);
         if (args[0] == "convert") return run_convert(rest);
         if (args[0] == "cpu") return run_cpu(rest);
+        if (args[0] == "formats") return run_formats(rest);
         throw ToolError("unknown command '" + std::string(args[0]) + "' (see cycbcr --help)");
     } catch (const ToolError& e) {
         std::fprintf(stderr, "cycbcr: %s\n", e.what());

@@ -1,11 +1,13 @@
 #!/usr/bin/env python3
 """End-to-end checks of the cycbcr command: conversions of raw frame files
-against byte operations computed here, and the refusal of every bad request
-with status 2 and no file left behind.
+against byte operations and v210 packing computed here, the pair listing
+against what convert does, and the refusal of every bad request with status 2
+and no file left behind.
 
 Usage: tool_test.py PATH_TO_CYCBCR [unittest arguments]
 """
 import os
+import pty
 import random
 import re
 import stat
@@ -13,6 +15,7 @@ import subprocess
 import sys
 import tempfile
 import threading
+import time
 import unittest
 
 TOOL = None
@@ -21,6 +24,14 @@ TOOL = None
 # yellow, cyan, green, magenta, red, blue, black.
 BARS_75 = [(180, 128, 128), (162, 44, 142), (131, 156, 44), (112, 72, 58),
            (84, 184, 198), (65, 100, 212), (35, 212, 114), (16, 128, 128)]
+# The same bars at 10 bits (the published values of 75% bars).
+BARS_75_10 = [(721, 512, 512), (646, 176, 567), (525, 625, 176), (450, 289, 231),
+              (335, 735, 793), (260, 399, 848), (139, 848, 457), (64, 512, 512)]
+
+FORMATS = ["UYVY", "YUY2", "YVYU", "cyuv", "I420", "YV12", "P422", "v210", "RGB32"]
+# The code to name each format by on the command line.
+FORMAT_CODE = {f: f for f in FORMATS}
+FORMAT_CODE["RGB32"] = "0"
 
 
 def run(*args, stdin=None):
@@ -46,6 +57,39 @@ def chroma_exchange(data, first=1, second=3):
     out = bytearray(data)
     out[first::4], out[second::4] = data[second::4], data[first::4]
     return bytes(out)
+
+
+def v210_row_bytes(width):
+    """Rows of whole 48-pixel blocks of 128 bytes."""
+    return (width + 47) // 48 * 128
+
+
+def v210_words(data):
+    return [int.from_bytes(data[i:i + 4], "little") for i in range(0, len(data), 4)]
+
+
+def v210_samples(row):
+    """The 10-bit samples of a v210 row in address order (Cb0 Y0 Cr0 Y1 Cb1
+    ...), and the bits 30-31 of every word."""
+    samples, top = [], []
+    for w in v210_words(row):
+        samples += [w & 0x3FF, (w >> 10) & 0x3FF, (w >> 20) & 0x3FF]
+        top.append(w >> 30)
+    return samples, top
+
+
+def v210_row(samples, width):
+    """Packs samples in address order (a multiple of 12) into one v210 row."""
+    out = bytearray()
+    for i in range(0, len(samples), 3):
+        a, b, c = samples[i:i + 3]
+        out += (a | b << 10 | c << 20).to_bytes(4, "little")
+    return bytes(out).ljust(v210_row_bytes(width), b"\0")
+
+
+def chosen_level():
+    res = run("cpu")
+    return int(re.search(r"^chosen level: +(\d)", res.stdout.decode(), re.M).group(1))
 
 
 def reverse_rows(data, pitch, height):
@@ -115,19 +159,21 @@ class BuiltInFrame(ToolCase):
         for row in range(height):
             self.assertEqual(data[row * width * 2:(row + 1) * width * 2], bytes(expected))
 
-    def test_every_source_order_carries_the_same_picture(self):
-        # The bars made in each byte order, brought back to UYVY, must agree;
+    def test_every_source_format_carries_the_same_picture(self):
+        # The bars made in each 8-bit format, brought to UYVY, must agree (the
+        # bars are the same on every row, so 4:2:0 chroma cannot differ);
         # YVYU goes through a converter that exchanges chroma, so undo that.
         size = "48x4"
+        sources = ("UYVY", "YUY2", "YVYU", "cyuv", "I420", "YV12", "P422", "422P")
         pictures = {}
-        for src in ("UYVY", "YUY2", "YVYU", "cyuv"):
+        for src in sources:
             out = self.path(src + ".uyvy")
             res = run("convert", "--from", src, "--to", "UYVY", "--size", size, "--out", out)
             self.assertEqual(res.returncode, 0, res.stderr.decode())
             with open(out, "rb") as f:
                 pictures[src] = f.read()
         pictures["YVYU"] = chroma_exchange(pictures["YVYU"], 0, 2)
-        for src in ("YUY2", "YVYU", "cyuv"):
+        for src in sources[1:]:
             self.assertEqual(pictures[src], pictures["UYVY"], src)
 
     def test_summary_checksum_is_fnv1a_of_the_output(self):
@@ -224,6 +270,241 @@ class FileConversions(ToolCase):
         self.assertEqual(self.read("o"), word_swap(data))
 
 
+class V210Conversions(ToolCase):
+    LEVELS = (("--level", "0"), ())  # the plain paths, then the best level
+
+    def test_uyvy_v210_uyvy_round_trip(self):
+        # An 8-bit sample v becomes 4v in v210, and every 10-to-8-bit rule of
+        # the way back gives (4v + 2) >> 2 = v, 255 included (1020 is below
+        # where the rules saturate or wrap). Widths that are not a multiple of
+        # 6 end in a part group, whose padding pixels must not disturb the
+        # next row on the way back.
+        for width, height in ((6, 4), (96, 3), (8, 5), (1280, 2)):
+            size = f"{width}x{height}"
+            data = self.random_bytes(2 * 2 * width * height)
+            for level in self.LEVELS:
+                packed = self.convert("UYVY", "v210", size, data, *level)
+                self.assertEqual(len(packed), 2 * v210_row_bytes(width) * height, size)
+                self.write("packed.v210", packed)
+                res = run("convert", "--from", "v210", "--to", "UYVY", "--size", size,
+                          "--in", self.path("packed.v210"), "--out", self.path("back.uyvy"),
+                          *level)
+                self.assertEqual(res.returncode, 0, res.stderr.decode())
+                self.assertEqual(self.read("back.uyvy"), data, (size, level))
+
+    def test_v210_samples_are_the_8bit_samples_shifted_by_2(self):
+        for width, height in ((12, 2), (50, 3), (1280, 2)):
+            size = f"{width}x{height}"
+            data = self.random_bytes(2 * width * height)
+            row = v210_row_bytes(width)
+            for level in self.LEVELS:
+                out = self.convert("UYVY", "v210", size, data, *level)
+                self.assertEqual(len(out), row * height)
+                groups = (width + 5) // 6
+                for r in range(height):
+                    samples, top = v210_samples(out[r * row:(r + 1) * row])
+                    src = data[r * 2 * width:(r + 1) * 2 * width]
+                    self.assertEqual(samples[:2 * width], [b << 2 for b in src], (size, r))
+                    self.assertEqual(set(top), {0})
+                    # Past the last group the row stays zero.
+                    self.assertEqual(set(out[r * row + 16 * groups:(r + 1) * row]) - {0}, set())
+
+    def test_v210_files_hold_whole_128_byte_blocks_per_row(self):
+        # Any width for v210 itself, odd ones included.
+        for width in (1, 7, 47, 48, 49, 720, 1281):
+            res = run("convert", "--from", "v210", "--to", "012v", "--size", f"{width}x3",
+                      "--out", self.path("o"))
+            self.assertEqual(res.returncode, 0, res.stderr.decode())
+            self.assertEqual(len(self.read("o")), v210_row_bytes(width) * 3, width)
+        data = self.random_bytes(v210_row_bytes(7) * 3 * 2)
+        self.assertEqual(self.convert("v210", "v210", "7x3", data), data)
+
+    def test_v210_to_uyvy_rounds_by_the_level_rule(self):
+        # One group, Y samples on the rounding edges, chroma 512 (128 at 8 bits).
+        ys = [513, 514, 1020, 1021, 1022, 1023]
+
+        def uyvy(y):
+            return bytes(v for i in (0, 2, 4) for v in (128, y[i], 128, y[i + 1]))
+
+        data = v210_row([v for i in (0, 2, 4) for v in (512, ys[i], 512, ys[i + 1])], 6)
+        self.assertEqual(self.convert("v210", "UYVY", "6x1", data, "--level", "0"),
+                         uyvy([128, 129, 255, 255, 255, 255]))
+        if chosen_level() == 5:
+            # The AVX2 path rounds without saturating: 1022 and 1023 wrap to 0.
+            self.assertEqual(self.convert("v210", "UYVY", "6x1", data),
+                             uyvy([128, 129, 255, 255, 0, 0]))
+
+    def test_aliases_reach_the_same_converters(self):
+        data = self.random_bytes(2 * 2 * 24 * 2)
+        packed = self.convert("UYVY", "v210", "24x2", data)
+        for src, dst in (("2vuy", "012v"), ("0x8810001E", "v210"), ("yuV2", "012v")):
+            self.assertEqual(self.convert(src, dst, "24x2", data), packed, (src, dst))
+        back = self.convert("012v", "AJYU", "24x2", packed)
+        self.assertEqual(back, data)
+
+    def test_built_in_v210_frame_holds_the_10bit_bars(self):
+        width, height = 40, 2
+        res = run("convert", "--from", "v210", "--to", "v210", "--size", f"{width}x{height}",
+                  "--out", self.path("bars.v210"))
+        self.assertEqual(res.returncode, 0, res.stderr.decode())
+        data = self.read("bars.v210")
+        expected = []
+        for x in range(0, width, 2):
+            y0, cb, cr = BARS_75_10[x * 8 // width]
+            expected += [cb, y0, cr, BARS_75_10[(x + 1) * 8 // width][0]]
+        row = v210_row_bytes(width)
+        for r in range(height):
+            samples, _ = v210_samples(data[r * row:(r + 1) * row])
+            self.assertEqual(samples[:2 * width], expected, r)
+
+
+class PlanarConversions(ToolCase):
+    LEVELS = (("--level", "0"), ())  # the plain paths, then the best level
+
+    @staticmethod
+    def split_uyvy(data, width, height):
+        """Rows of (Y, Cb, Cr) byte strings of a UYVY frame."""
+        rows = []
+        for r in range(height):
+            row = data[r * 2 * width:(r + 1) * 2 * width]
+            rows.append((row[1::2], row[0::4], row[2::4]))
+        return rows
+
+    def test_uyvy_to_p422_planes_and_back(self):
+        width, height = 40, 3
+        data = self.random_bytes(2 * 2 * width * height)  # two frames
+        for level in self.LEVELS:
+            planar = self.convert("UYVY", "P422", f"{width}x{height}", data, *level)
+            expected = b""
+            for f in range(2):
+                frame = data[f * 2 * width * height:(f + 1) * 2 * width * height]
+                rows = self.split_uyvy(frame, width, height)
+                expected += b"".join(b"".join(r[plane] for r in rows) for plane in range(3))
+            self.assertEqual(planar, expected, level)
+            self.assertEqual(self.convert("P422", "UYVY", f"{width}x{height}", planar, *level),
+                             data, level)
+
+    def test_uyvy_to_i420_keeps_chroma_of_one_row_per_pair(self):
+        # Chroma row k comes from picture row 2k when k is even and 2k + 1
+        # when k is odd (the two fields alternate); no averaging.
+        width, height = 36, 8
+        data = self.random_bytes(2 * width * height)
+        rows = self.split_uyvy(data, width, height)
+        source_row = [2 * k if k % 2 == 0 else 2 * k + 1 for k in range(height // 2)]
+        expected = (b"".join(r[0] for r in rows) +
+                    b"".join(rows[i][1] for i in source_row) +
+                    b"".join(rows[i][2] for i in source_row))
+        for level in self.LEVELS:
+            self.assertEqual(self.convert("UYVY", "I420", f"{width}x{height}", data, *level),
+                             expected, level)
+
+    def test_i420_to_yv12_exchanges_the_chroma_planes(self):
+        width, height = 20, 6
+        luma, quarter = width * height, width * height // 4
+        data = self.random_bytes(luma + 2 * quarter)
+        expected = data[:luma] + data[luma + quarter:] + data[luma:luma + quarter]
+        self.assertEqual(self.convert("IYUV", "YV12", f"{width}x{height}", data), expected)
+
+
+class FormatListing(ToolCase):
+    def formats(self):
+        res = run("formats")
+        self.assertEqual(res.returncode, 0, res.stderr.decode())
+        return res.stdout.decode()
+
+    def matrix(self, text):
+        """{(source, destination): cell} from the pair table."""
+        lines = text.splitlines()
+        head = next(i for i, l in enumerate(lines) if l.split()[:1] == ["from\\to"])
+        columns = lines[head].split()[1:]
+        self.assertEqual(columns, FORMATS)
+        cells = {}
+        for line in lines[head + 1:head + 1 + len(FORMATS)]:
+            name, *row = line.split()
+            self.assertEqual(len(row), len(FORMATS), line)
+            cells.update({(name, to): cell for to, cell in zip(FORMATS, row)})
+        return cells
+
+    def test_lists_every_code_with_its_format(self):
+        text = self.formats()
+        codes = {"UYVY": "UYVY UYNV AJYU yuv2 yuV2 2vuy 2Vuy 0x8800001E 0x8810001E",
+                 "YUY2": "YUY2 YUNV", "YVYU": "YVYU", "cyuv": "cyuv", "I420": "I420 IYUV",
+                 "YV12": "YV12", "P422": "P422 422P", "v210": "v210 012v", "RGB32": "0"}
+        for fmt, listed in codes.items():
+            block = re.search(r"^  " + fmt + r" .*\n +code (.*)$", text, re.M)
+            self.assertIsNotNone(block, fmt)
+            self.assertEqual(block.group(1).replace("; aliases", "").replace(
+                " (source only)", "").split(), listed.split(), fmt)
+        self.assertIn("422P (source only)", text)
+
+    def test_pair_table_holds_the_pairs_built(self):
+        # Every pair the library converted when this test was written; the
+        # table may grow, but RGB to RGB is never converted.
+        cells = self.matrix(self.formats())
+        eight_bit = ["UYVY", "YUY2", "YVYU", "cyuv", "I420", "YV12", "P422"]
+        built = {(a, b) for a in eight_bit for b in eight_bit}
+        built |= {("UYVY", "v210"), ("v210", "UYVY"), ("v210", "v210")}
+        for pair in built:
+            self.assertEqual(cells[pair], "yes", pair)
+        self.assertEqual(cells[("RGB32", "RGB32")], "-")
+
+    def test_pair_table_agrees_with_convert(self):
+        # Every pair the table marks is converted; every other one is refused
+        # with one message and no output file.
+        for (src, dst), cell in self.matrix(self.formats()).items():
+            out = self.path("out.raw")
+            res = run("convert", "--from", FORMAT_CODE[src], "--to", FORMAT_CODE[dst],
+                      "--size", "48x2", "--out", out)
+            if cell == "yes":
+                self.assertEqual(res.returncode, 0, (src, dst, res.stderr.decode()))
+                os.remove(out)
+            else:
+                self.assertEqual(res.returncode, 2, (src, dst))
+                self.assertEqual(len(res.stderr.decode().splitlines()), 1, (src, dst))
+                self.assertEqual(os.listdir(self.dir), [], (src, dst))
+
+
+class Progress(ToolCase):
+    def test_progress_line_only_on_a_terminal(self):
+        # Frames trickle in through a pipe, so the run outlasts a second; the
+        # same run with stderr on a pipe must stay silent.
+        frame = bytes(2 * 8 * 2)
+        args = [TOOL, "convert", "--from", "YUY2", "--to", "UYVY", "--size", "8x2",
+                "--in", "/dev/stdin"]
+        master, slave = pty.openpty()
+        on_tty = subprocess.Popen(args + ["--out", self.path("a")], stdin=subprocess.PIPE,
+                                  stdout=subprocess.DEVNULL, stderr=slave)
+        os.close(slave)
+        on_pipe = subprocess.Popen(args + ["--out", self.path("b")], stdin=subprocess.PIPE,
+                                   stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+        # Frames 1 and 2 come within the first second, 3 and 4 at 1.3 s, 5 at 1.7 s.
+        for chunk, pause in ((frame, 0.5), (frame, 0.8), (frame * 2, 0.4), (frame, 0)):
+            for p in (on_tty, on_pipe):
+                p.stdin.write(chunk)
+                p.stdin.flush()
+            time.sleep(pause)
+        for p in (on_tty, on_pipe):
+            p.stdin.close()
+            self.assertEqual(p.wait(timeout=60), 0)
+        shown = b""
+        while True:
+            try:
+                data = os.read(master, 4096)
+            except OSError:
+                break
+            if not data:
+                break
+            shown += data
+        os.close(master)
+        self.assertEqual(on_pipe.stderr.read(), b"")
+        on_pipe.stderr.close()
+        text = shown.decode()
+        self.assertRegex(text, r"^\rcycbcr: frame [34]")  # nothing in the first second
+        self.assertIn("\rcycbcr: frame 5", text)
+        self.assertTrue(text.endswith("\r\x1b[K"), repr(text))
+        self.assertEqual(self.read("a"), frame * 5)
+
+
 class Refusals(ToolCase):
     """Every bad request: status 2, one line on stderr, and the output
     directory exactly as it was (an existing output file untouched)."""
@@ -283,14 +564,24 @@ class Refusals(ToolCase):
         self.refuse(*self.convert_args(**{"--to": "0x"}))
         self.refuse(*self.convert_args(**{"--to": "0x100000000"}))
         self.assertIn("source", self.refuse(*self.convert_args(**{"--to": "422P"})))
-        self.assertIn("not supported", self.refuse(*self.convert_args(**{"--from": "I420"})))
-        self.refuse(*self.convert_args(**{"--to": "0"}))
-        self.refuse(*self.convert_args(**{"--to": "v210"}))
+        # RGB to RGB, which the library never converts.
+        self.assertIn("not supported", self.refuse(*self.convert_args(
+            **{"--from": "0", "--to": "0"})))
+        self.assertIn("source", self.refuse(*self.convert_args(
+            **{"--from": "2vuy", "--to": "422P"})))
 
     def test_bad_sizes(self):
         for size in ("0x2", "4x0", "4", "4x", "x2", "-4x2", "+4x2", "4x2x", " 4x2", "4X2",
                      "40000x2", "3x2"):
             self.refuse(*self.convert_args(**{"--size": size}))
+        # Odd heights for 4:2:0, odd widths for any planar format.
+        for size in ("4x3", "3x2"):
+            self.refuse(*self.convert_args(**{"--to": "I420", "--size": size}))
+        self.refuse(*self.convert_args(**{"--to": "P422", "--size": "3x2"}))
+        # Odd widths: refused on a packed 8-bit side even when the other is v210.
+        v210 = self.write("v.raw", bytes(v210_row_bytes(3) * 2))
+        self.refuse(*self.convert_args(**{"--from": "v210", "--to": "UYVY", "--size": "3x2",
+                                          "--in": v210}))
 
     def test_bad_inputs(self):
         self.refuse(*self.convert_args(**{"--in": self.path("missing.raw")}))

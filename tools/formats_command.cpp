@@ -1,0 +1,78 @@
+// cycbcr formats: the accepted codes by format, and which pairs this build
+// converts, as the library itself answers.
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "commands.h"
+#include "conversions.h"
+#include "formats.h"
+#include "tool_error.h"
+
+namespace cycbcr_tool {
+namespace {
+
+// The formats in the order of the code table, each with its own code (the
+// first listed for it) and its aliases.
+struct FormatCodes {
+    Format format;
+    std::vector<const FormatCode*> codes;
+};
+
+std::vector<FormatCodes> codes_by_format() {
+    std::vector<FormatCodes> formats;
+    for (const FormatCode& code : all_codes()) {
+        if (formats.empty() || formats.back().format != code.format) {
+            formats.push_back({code.format, {}});
+        }
+        formats.back().codes.push_back(&code);
+    }
+    return formats;
+}
+
+std::string code_with_note(const FormatCode& code) {
+    return code_text(code.value) + (code.source_only ? " (source only)" : "");
+}
+
+}  // namespace
+
+int run_formats(Args args) {
+    if (!args.empty()) throw ToolError("formats: takes no arguments");
+    const std::vector<FormatCodes> formats = codes_by_format();
+
+    std::puts(
+        "Format codes (case matters: yuv2 and yuV2 are two codes, YUV2 is none). Each\n"
+        "format's first code is its own; its aliases convert exactly as it does.\n");
+    for (const FormatCodes& f : formats) {
+        std::printf("  %-6s %s\n", format_name(f.format), format_description(f.format));
+        std::string line = "code " + code_with_note(*f.codes.front());
+        for (size_t i = 1; i < f.codes.size(); ++i) {
+            line += (i == 1 ? "; aliases " : " ") + code_with_note(*f.codes[i]);
+        }
+        std::printf("         %s\n", line.c_str());
+    }
+
+    std::puts("\nConversions of this build (rows: source, columns: destination):\n");
+    std::printf("  %-9s", "from\\to");
+    for (const FormatCodes& to : formats) std::printf(" %6s", format_name(to.format));
+    std::putchar('\n');
+    for (const FormatCodes& from : formats) {
+        std::printf("  %-9s", format_name(from.format));
+        for (const FormatCodes& to : formats) {
+            const char* cell = "-";
+            if (library_converts(from.codes.front()->value, to.codes.front()->value)) {
+                cell = command_lays_out(from.format) && command_lays_out(to.format) ? "yes" : "lib";
+            }
+            std::printf(" %6s", cell);
+        }
+        std::putchar('\n');
+    }
+    std::puts(
+        "\n  yes  converted by the library and by 'cycbcr convert'\n"
+        "  lib  converted by the library; 'cycbcr convert' cannot read or write\n"
+        "       one of the two formats yet\n"
+        "  -    not converted by this build of the library");
+    return 0;
+}
+
+}  // namespace cycbcr_tool
