@@ -1,5 +1,6 @@
 # Library sources, one family a file. Files ending in _avx2.cpp are compiled
-# with -mavx2 and hold the only AVX2 code of the library.
+# with -mavx2 and hold the only AVX2 code of the library; files ending in
+# _ssse3.cpp are compiled with -mssse3.
 set(CYCBCR_SOURCES
     platform/cpu_features.cpp
     platform/memory.cpp
@@ -16,4 +17,7 @@ set(CYCBCR_SOURCES
     ycbcr8/planar_copy_avx2.cpp
     ycbcr10/v210_pack.cpp
     ycbcr10/v210_pack_avx2.cpp
+    ycbcr10/v210_convert.cpp
+    ycbcr10/v210_convert_avx2.cpp
+    ycbcr10/v210_unpack_ssse3.cpp
 )

@@ -38,21 +38,21 @@ int index_of(Format f) {
 
 // clang-format off
 const Converter kPairs[kYcbcrFormats][kYcbcrFormats] = {
-    /* v210 */ {cycbcr_012v_to_012v, nullptr, nullptr, nullptr,
-                nullptr, cycbcr_012v_to_uyvy, nullptr, nullptr},
-    /* I420 */ {nullptr, cycbcr_i420_to_i420, cycbcr_i420_to_yv12, cycbcr_i420_to_p422,
+    /* v210 */ {cycbcr_012v_to_012v, cycbcr_012v_to_i420, cycbcr_012v_to_yv12, cycbcr_012v_to_p422,
+                cycbcr_012v_to_yuy2, cycbcr_012v_to_uyvy, cycbcr_012v_to_yvyu, cycbcr_012v_to_cyuv},
+    /* I420 */ {cycbcr_i420_to_012v, cycbcr_i420_to_i420, cycbcr_i420_to_yv12, cycbcr_i420_to_p422,
                 cycbcr_i420_to_yuy2, cycbcr_i420_to_uyvy, cycbcr_i420_to_yvyu, cycbcr_i420_to_cyuv},
-    /* YV12 */ {nullptr, cycbcr_yv12_to_i420, cycbcr_yv12_to_yv12, cycbcr_yv12_to_p422,
+    /* YV12 */ {cycbcr_yv12_to_012v, cycbcr_yv12_to_i420, cycbcr_yv12_to_yv12, cycbcr_yv12_to_p422,
                 cycbcr_yv12_to_yuy2, cycbcr_yv12_to_uyvy, cycbcr_yv12_to_yvyu, cycbcr_yv12_to_cyuv},
-    /* P422 */ {nullptr, cycbcr_p422_to_i420, cycbcr_p422_to_yv12, cycbcr_p422_to_p422,
+    /* P422 */ {cycbcr_p422_to_012v, cycbcr_p422_to_i420, cycbcr_p422_to_yv12, cycbcr_p422_to_p422,
                 cycbcr_p422_to_yuy2, cycbcr_p422_to_uyvy, cycbcr_p422_to_yvyu, cycbcr_p422_to_cyuv},
-    /* YUY2 */ {nullptr, cycbcr_yuy2_to_i420, cycbcr_yuy2_to_yv12, cycbcr_yuy2_to_p422,
+    /* YUY2 */ {cycbcr_yuy2_to_012v, cycbcr_yuy2_to_i420, cycbcr_yuy2_to_yv12, cycbcr_yuy2_to_p422,
                 cycbcr_yuy2_to_yuy2, cycbcr_yuy2_to_uyvy, cycbcr_yuy2_to_yvyu, cycbcr_yuy2_to_cyuv},
     /* UYVY */ {cycbcr_uyvy_to_012v, cycbcr_uyvy_to_i420, cycbcr_uyvy_to_yv12, cycbcr_uyvy_to_p422,
                 cycbcr_uyvy_to_yuy2, cycbcr_uyvy_to_uyvy, cycbcr_uyvy_to_yvyu, cycbcr_uyvy_to_cyuv},
-    /* YVYU */ {nullptr, cycbcr_yvyu_to_i420, cycbcr_yvyu_to_yv12, cycbcr_yvyu_to_p422,
+    /* YVYU */ {cycbcr_yvyu_to_012v, cycbcr_yvyu_to_i420, cycbcr_yvyu_to_yv12, cycbcr_yvyu_to_p422,
                 cycbcr_yvyu_to_yuy2, cycbcr_yvyu_to_uyvy, cycbcr_yvyu_to_yvyu, cycbcr_yvyu_to_cyuv},
-    /* cyuv */ {nullptr, cycbcr_cyuv_to_i420, cycbcr_cyuv_to_yv12, cycbcr_cyuv_to_p422,
+    /* cyuv */ {cycbcr_cyuv_to_012v, cycbcr_cyuv_to_i420, cycbcr_cyuv_to_yv12, cycbcr_cyuv_to_p422,
                 cycbcr_cyuv_to_yuy2, cycbcr_cyuv_to_uyvy, cycbcr_cyuv_to_yvyu, cycbcr_cyuv_to_cyuv},
 };
 // YCbCr to RGB (matrix and layout passed on), and RGB to YCbCr, in the same order.

@@ -570,6 +570,92 @@ CYCBCR_API unsigned int Fromv210_16(void* y, void* cb, void* cr, const uint8_t* 
                                     unsigned int srcPitch, unsigned int fullHeightChroma,
                                     unsigned int planar);
 
+/* v210 to and from YUY2, YVYU, cyuv, I420, YV12, P422 and separate 4:2:2 planes.
+ * Each name takes its _avx2 twin at level 5 (without choosing a level itself),
+ * else the scalar engine with a fixed pointer convention:
+ *   from v210: Fromv210 (truncated samples; width rounded up to 12 pixels written
+ *       per row and plane); 8-bit planes at dstPitch (chroma at dstPitch * height,
+ *       chroma rows dstPitch / 2 apart); 4:2:0 keeps the odd row's chroma.
+ *       cyuv: UYVY order, then flipped with cycbcr_invert(dst, dstPitch, height).
+ *       Returns width * height * 2 (packed), width * height * 3 / 2 (planar, 4:2:2
+ *       included), width * height * 4 (16-bit planes).
+ *   to v210: Tov210 (v << 2; whole 16-byte groups; destination pitch the larger of
+ *       v210_row_bytes(width) and dstPitch). Planar sources are found by srcPitch
+ *       (planes at srcPitch * height) and read as tightly packed rows of width
+ *       (chroma width / 2), 4:2:0 chroma rows serving two luma rows; packed rows
+ *       run on by whole groups when srcPitch == 2 * width. cyuv: flipped after
+ *       with cycbcr_invert(dst, dstPitch, height), the pitch as passed.
+ *       Returns height * v210_row_bytes(width).
+ * The twins give the same bytes, with one exception kept from the engine they
+ * stand in for: cycbcr_i420_to_012v_avx2 reads luma rows srcPitch apart and
+ * chroma rows srcPitch / 2 apart instead of tightly packed rows. */
+CYCBCR_CONVERTER(cycbcr_012v_to_yuy2);
+CYCBCR_CONVERTER(cycbcr_012v_to_yvyu);
+CYCBCR_CONVERTER(cycbcr_012v_to_cyuv);
+CYCBCR_CONVERTER(cycbcr_012v_to_i420);
+CYCBCR_CONVERTER(cycbcr_012v_to_yv12);
+CYCBCR_CONVERTER(cycbcr_012v_to_p422);
+CYCBCR_CONVERTER(cycbcr_yuy2_to_012v);
+CYCBCR_CONVERTER(cycbcr_yvyu_to_012v);
+CYCBCR_CONVERTER(cycbcr_cyuv_to_012v);
+CYCBCR_CONVERTER(cycbcr_i420_to_012v);
+CYCBCR_CONVERTER(cycbcr_yv12_to_012v);
+CYCBCR_CONVERTER(cycbcr_p422_to_012v);
+CYCBCR_CONVERTER(cycbcr_012v_to_yuy2_avx2);
+CYCBCR_CONVERTER(cycbcr_012v_to_yvyu_avx2);
+CYCBCR_CONVERTER(cycbcr_012v_to_cyuv_avx2);
+CYCBCR_CONVERTER(cycbcr_012v_to_i420_avx2);
+CYCBCR_CONVERTER(cycbcr_012v_to_yv12_avx2);
+CYCBCR_CONVERTER(cycbcr_012v_to_p422_avx2);
+CYCBCR_CONVERTER(cycbcr_yuy2_to_012v_avx2);
+CYCBCR_CONVERTER(cycbcr_yvyu_to_012v_avx2);
+CYCBCR_CONVERTER(cycbcr_cyuv_to_012v_avx2);
+CYCBCR_CONVERTER(cycbcr_i420_to_012v_avx2);
+CYCBCR_CONVERTER(cycbcr_yv12_to_012v_avx2);
+CYCBCR_CONVERTER(cycbcr_p422_to_012v_avx2);
+
+/* v210 into three separate 4:2:2 planes (luma rows dstPitch apart, chroma rows
+ * dstPitch / 2 apart), 8-bit truncated or 16-bit (v << 6; the pointers are to
+ * 16-bit samples, pitches in bytes). The _avx2 forms and the cycbcr_v210to_*
+ * kernels they run give the same bytes. */
+CYCBCR_API unsigned int cycbcr_012v_to_planar422(uint8_t* y, uint8_t* cb, uint8_t* cr,
+                                                 const uint8_t* src, unsigned int width,
+                                                 unsigned int height, unsigned int dstPitch,
+                                                 unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_012v_to_planar422_16(void* y, void* cb, void* cr, const uint8_t* src,
+                                                    unsigned int width, unsigned int height,
+                                                    unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_012v_to_planar422_avx2(uint8_t* y, uint8_t* cb, uint8_t* cr,
+                                                      const uint8_t* src, unsigned int width,
+                                                      unsigned int height, unsigned int dstPitch,
+                                                      unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_012v_to_planar422_16_avx2(void* y, void* cb, void* cr,
+                                                         const uint8_t* src, unsigned int width,
+                                                         unsigned int height, unsigned int dstPitch,
+                                                         unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_v210to_planar_avx2(uint8_t* y, uint8_t* cb, uint8_t* cr,
+                                                  const uint8_t* src, unsigned int width,
+                                                  unsigned int height, unsigned int dstPitch,
+                                                  unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_v210to_planar16_avx2(void* y, void* cb, void* cr, const uint8_t* src,
+                                                    unsigned int width, unsigned int height,
+                                                    unsigned int dstPitch, unsigned int srcPitch);
+
+/* Row kernels (SSSE3; call them only on a processor that has it): one v210 row
+ * into Y, Cb and Cr samples, whole groups: ceil(pixels / 6) * 16 bytes read,
+ * ceil(pixels / 6) * 6 Y and half as many Cb and Cr samples written. 8-bit
+ * samples are truncated (v >> 2), 16-bit ones v << 6. The _aligned forms need a
+ * 16-byte aligned source; the results are the same. */
+CYCBCR_API void qb_v210_planar_unpack_aligned_ssse3(const uint8_t* src, uint8_t* y, uint8_t* cb,
+                                                    uint8_t* cr, unsigned int pixels);
+CYCBCR_API void qb_v210_planar_unpack_unaligned_ssse3(const uint8_t* src, uint8_t* y, uint8_t* cb,
+                                                      uint8_t* cr, unsigned int pixels);
+CYCBCR_API void qb_v210_planar16_unpack_aligned_ssse3(const uint8_t* src, uint16_t* y, uint16_t* cb,
+                                                      uint16_t* cr, unsigned int pixels);
+CYCBCR_API void qb_v210_planar16_unpack_unaligned_ssse3(const uint8_t* src, uint16_t* y,
+                                                        uint16_t* cb, uint16_t* cr,
+                                                        unsigned int pixels);
+
 #ifdef __cplusplus
 } /* extern "C" */
 

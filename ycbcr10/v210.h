@@ -70,6 +70,11 @@ unsigned int uyvy_to_v210_frame(uint8_t* dst, const uint8_t* src, uint32_t width
 
 // AVX2 kernels (v210_pack_avx2.cpp).
 void uyvy_groups_to_v210_avx2(uint8_t* dst, const uint8_t* src, uint32_t groups);
+// `groups` groups to their samples in address order (UYVY order): bytes,
+// rounded and wrapped or truncated, or 16-bit as v << 6. The 16-bit kernel
+// stores up to 4 bytes past the last group: callers give it a slack.
+void v210_groups_to_u8_avx2(uint8_t* dst, const uint8_t* src, uint32_t groups, bool round);
+void v210_groups_to_u16_avx2(uint16_t* dst, const uint8_t* src, uint32_t groups);
 
 }  // namespace cycbcr::detail
 

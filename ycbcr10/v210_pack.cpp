@@ -32,9 +32,10 @@ unsigned int uyvy_to_v210_frame(uint8_t* dst, const uint8_t* src, uint32_t width
     };
     const size_t dSpan = static_cast<size_t>(height - 1) * dp;
     const size_t sSpan = static_cast<size_t>(height - 1) * sp;
-    if (width > 12 && !overlaps(dst, dSpan, src, sSpan)) {
-        // Apart, the order of work cannot change a byte: run top to bottom, which
-        // the hardware prefetchers follow far better than the reverse.
+    if (width > 12 && dp >= size_t{16} * groups && !overlaps(dst, dSpan, src, sSpan)) {
+        // With the frames apart and no row reaching into the next, the order of
+        // work cannot change a byte: run top to bottom, which the hardware
+        // prefetchers follow far better than the reverse.
         for (uint32_t r = 0; r < height; ++r)
             rows(dst + static_cast<size_t>(r) * dp, src + static_cast<size_t>(r) * sp, groups);
         return dstPitch * height;

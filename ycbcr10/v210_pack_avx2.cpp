@@ -13,6 +13,10 @@ inline __m256i load_lanes(const uint8_t* lo, const uint8_t* hi) {
         _mm_loadu_si128(reinterpret_cast<const __m128i*>(hi)), 1);
 }
 
+uint16_t to16(uint32_t v10) {
+    return static_cast<uint16_t>(v10 << 6);
+}
+
 // Two groups of UYVY (low lane: bytes 0..11 of its load; high lane: bytes 4..15)
 // to eight v210 words. Word j takes the three consecutive bytes a, b, c as
 // a << 2 | b << 12 | c << 22: a and b through one multiply-add of 16-bit
@@ -28,16 +32,21 @@ inline __m256i pack_two_groups(__m256i v) {
                            _mm256_slli_epi32(_mm256_shuffle_epi8(v, c), 6));
 }
 
-// Eight v210 words to UYVY bytes, rounded and wrapped: each sample becomes bits
-// 2..9 of (v + 2) modulo 1024. The three fields of a word are added to at once,
-// with bit 9 of each kept out of the sum so that no carry crosses into the next
-// field; each lane is left holding its twelve bytes in bytes 0..11.
-inline __m256i unpack_two_groups_wrapped(__m256i w) {
-    const __m256i top = _mm256_set1_epi32(0x20080200);  // bit 9 of each field
-    const __m256i low = _mm256_set1_epi32(0x1FF7FDFF);  // bits 0..8 of each field
-    const __m256i x =
-        _mm256_xor_si256(_mm256_add_epi32(_mm256_and_si256(w, low), _mm256_set1_epi32(0x00200802)),
-                         _mm256_and_si256(w, top));
+// Eight v210 words to their 24 samples as bytes, each lane left holding its
+// twelve bytes in bytes 0..11. Rounded and wrapped: bits 2..9 of (v + 2) modulo
+// 1024; the three fields of a word are added to at once, with bit 9 of each kept
+// out of the sum so that no carry crosses into the next field. Truncated: bits
+// 2..9 of v.
+template <bool Round>
+inline __m256i unpack_two_groups(__m256i w) {
+    __m256i x = w;
+    if constexpr (Round) {
+        const __m256i top = _mm256_set1_epi32(0x20080200);  // bit 9 of each field
+        const __m256i low = _mm256_set1_epi32(0x1FF7FDFF);  // bits 0..8 of each field
+        x = _mm256_xor_si256(
+            _mm256_add_epi32(_mm256_and_si256(w, low), _mm256_set1_epi32(0x00200802)),
+            _mm256_and_si256(w, top));
+    }
     // Byte 0 of x >> 2, byte 1 of x >> 4 and byte 2 of x >> 6 are the three results.
     const __m256i t = _mm256_blend_epi16(_mm256_srli_epi32(x, 2), _mm256_srli_epi32(x, 6), 0xAA);
     const __m256i byte1 = _mm256_set1_epi32(0x0000FF00);
@@ -52,31 +61,65 @@ inline __m256i load256(const uint8_t* p) {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
 }
 
-void v210_groups_to_uyvy_wrapped(uint8_t* dst, const uint8_t* src, uint32_t groups) {
+template <bool Round>
+void v210_groups_to_bytes(uint8_t* dst, const uint8_t* src, uint32_t groups) {
     // Four groups a turn: 64 bytes in, 48 out in one 32-byte and one 16-byte store.
     for (; groups >= 4; groups -= 4, src += 64, dst += 48) {
-        const __m256i a = _mm256_permutevar8x32_epi32(unpack_two_groups_wrapped(load256(src)),
+        const __m256i a = _mm256_permutevar8x32_epi32(unpack_two_groups<Round>(load256(src)),
                                                       _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 0, 0));
-        const __m256i b = _mm256_permutevar8x32_epi32(unpack_two_groups_wrapped(load256(src + 32)),
+        const __m256i b = _mm256_permutevar8x32_epi32(unpack_two_groups<Round>(load256(src + 32)),
                                                       _mm256_setr_epi32(2, 4, 5, 6, 0, 0, 0, 1));
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst), _mm256_blend_epi32(a, b, 0xC0));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + 32), _mm256_castsi256_si128(b));
     }
     for (; groups >= 2; groups -= 2, src += 32, dst += 24) {
-        const __m256i r = _mm256_permutevar8x32_epi32(unpack_two_groups_wrapped(load256(src)),
+        const __m256i r = _mm256_permutevar8x32_epi32(unpack_two_groups<Round>(load256(src)),
                                                       _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 3, 7));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(dst), _mm256_castsi256_si128(r));
         _mm_storel_epi64(reinterpret_cast<__m128i*>(dst + 16), _mm256_extracti128_si256(r, 1));
     }
     if (groups != 0)
-        for (unsigned k = 0; k < 12; ++k) dst[k] = round_wrap_10to8(v210_sample(src, k));
-}
-
-uint16_t to16(uint32_t v10) {
-    return static_cast<uint16_t>(v10 << 6);
+        for (unsigned k = 0; k < 12; ++k)
+            dst[k] =
+                Round ? round_wrap_10to8(v210_sample(src, k)) : truncate_10to8(v210_sample(src, k));
 }
 
 }  // namespace
+
+void v210_groups_to_u8_avx2(uint8_t* dst, const uint8_t* src, uint32_t groups, bool round) {
+    if (round)
+        v210_groups_to_bytes<true>(dst, src, groups);
+    else
+        v210_groups_to_bytes<false>(dst, src, groups);
+}
+
+void v210_groups_to_u16_avx2(uint16_t* dst, const uint8_t* src, uint32_t groups) {
+    // Per word: v0 << 6 from the low bits, v1 << 6 and v2 << 6 from shifts down,
+    // each kept in its 16-bit slot; then the empty fourth slot is squeezed out.
+    const __m256i keep = _mm256_set1_epi32(0xFFC0);
+    const __m256i squeeze =
+        _mm256_setr_epi8(0, 1, 2, 3, 4, 5, 8, 9, 10, 11, 12, 13, -1, -1, -1, -1, 0, 1, 2, 3, 4, 5,
+                         8, 9, 10, 11, 12, 13, -1, -1, -1, -1);
+    for (; groups >= 2; groups -= 2, src += 32, dst += 24) {
+        const __m256i w = load256(src);
+        const __m256i s0 = _mm256_and_si256(_mm256_slli_epi32(w, 6), keep);
+        const __m256i s1 = _mm256_slli_epi32(_mm256_and_si256(_mm256_srli_epi32(w, 4), keep), 16);
+        const __m256i s2 = _mm256_and_si256(_mm256_srli_epi32(w, 14), keep);
+        const __m256i ab = _mm256_or_si256(s0, s1);
+        // Words 0,1 of each lane, then words 2,3: v0 v1 v2 0 | v0 v1 v2 0.
+        const __m256i lo = _mm256_shuffle_epi8(_mm256_unpacklo_epi32(ab, s2), squeeze);
+        const __m256i hi = _mm256_shuffle_epi8(_mm256_unpackhi_epi32(ab, s2), squeeze);
+        // Lane 0 holds group 0, lane 1 group 1: twelve bytes from lo, then twelve
+        // from hi, each stored whole and overlapped by the next.
+        auto* d = reinterpret_cast<uint8_t*>(dst);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm256_castsi256_si128(lo));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 12), _mm256_castsi256_si128(hi));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 24), _mm256_extracti128_si256(lo, 1));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 36), _mm256_extracti128_si256(hi, 1));
+    }
+    if (groups != 0)
+        for (unsigned k = 0; k < 12; ++k) dst[k] = to16(v210_sample(src, k));
+}
 
 void uyvy_groups_to_v210_avx2(uint8_t* dst, const uint8_t* src, uint32_t groups) {
     for (; groups >= 4; groups -= 4, src += 48, dst += 64) {
@@ -160,9 +203,9 @@ CYCBCR_API unsigned int cycbcr_012v_to_uyvy_avx2(CYCBCR_CONVERTER_ARGS) {
     // 2 * width in each row.
     const uint32_t groups = (width + 5) / 6;
     for (uint32_t r = 0; r < height; ++r)
-        cycbcr::detail::v210_groups_to_uyvy_wrapped(dst + static_cast<size_t>(r) * dstPitch,
-                                                    src + static_cast<size_t>(r) * srcPitch,
-                                                    groups);
+        cycbcr::detail::v210_groups_to_u8_avx2(dst + static_cast<size_t>(r) * dstPitch,
+                                               src + static_cast<size_t>(r) * srcPitch, groups,
+                                               true);
     return height * dstPitch;
 }
 
