@@ -1,0 +1,255 @@
+// cycbcr_transcode and cycbcr_can_transcode: every code of a pair reaches the
+// converter of its canonical pair with the normalised pitches, and every pair
+// without one answers 0 without touching the destination.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "cycbcr.h"
+#include "support/frames.h"
+#include "support/guarded_buffer.h"
+
+using namespace cycbcr_test;
+
+namespace {
+
+constexpr uint32_t fourcc(const char* s) {
+    return uint32_t(uint8_t(s[0])) | uint32_t(uint8_t(s[1])) << 8 | uint32_t(uint8_t(s[2])) << 16 |
+           uint32_t(uint8_t(s[3])) << 24;
+}
+
+enum Fmt { V210, I420, YV12, P422, YUY2, UYVY, YVYU, CYUV, RGB, kFormats };
+const char* const kNames[kFormats] = {"v210", "I420", "YV12", "P422", "YUY2",
+                                      "UYVY", "YVYU", "cyuv", "RGB"};
+
+// Every accepted code with its format. "422P" is not among them.
+const std::pair<uint32_t, Fmt> kCodes[] = {
+    {fourcc("v210"), V210}, {fourcc("012v"), V210}, {fourcc("I420"), I420}, {fourcc("IYUV"), I420},
+    {fourcc("YV12"), YV12}, {fourcc("P422"), P422}, {fourcc("YUY2"), YUY2}, {fourcc("YUNV"), YUY2},
+    {fourcc("UYVY"), UYVY}, {fourcc("UYNV"), UYVY}, {fourcc("AJYU"), UYVY}, {fourcc("yuv2"), UYVY},
+    {fourcc("yuV2"), UYVY}, {fourcc("2vuy"), UYVY}, {fourcc("2Vuy"), UYVY}, {0x8800001E, UYVY},
+    {0x8810001E, UYVY},     {fourcc("YVYU"), YVYU}, {fourcc("cyuv"), CYUV}, {0, RGB}};
+const uint32_t k422P = fourcc("422P");
+const uint32_t kUnknown[] = {fourcc("NV12"), fourcc("uyvy"), fourcc("Yuy2"), fourcc("V210"),
+                             fourcc("YUV2"), fourcc("yUv2"), fourcc("2vUy"), 0x8800001F,
+                             0x8820001E,     0xFFFFFFFF};
+
+uint32_t canonical(Fmt f) {
+    for (const auto& [code, fmt] : kCodes)
+        if (fmt == f) return code;
+    return 0;
+}
+
+// Every converter of the pair table, declared weak: a converter the library
+// does not define (yet) is null here, and the dispatcher must refuse its pair.
+// Linked from the static library, a weak reference alone pulls in no object:
+// a converter shows up here once the dispatcher refers to it, or when it
+// shares an object with one it refers to (and then must be routed too).
+// Rows and columns in the order of Fmt.
+// clang-format off
+#define CONVERTER_ARGS uint8_t*, const uint8_t*, unsigned, unsigned, unsigned, unsigned
+#define RGB_ARGS CONVERTER_ARGS, QBYCBCRMatrix, QBYCBCRRgbType
+#define ALL_FORMATS(X) X(012v) X(i420) X(yv12) X(p422) X(yuy2) X(uyvy) X(yvyu) X(cyuv)
+#define ROW(X, a) X(a, 012v) X(a, i420) X(a, yv12) X(a, p422) \
+                  X(a, yuy2) X(a, uyvy) X(a, yvyu) X(a, cyuv)
+#define WEAK(f) extern "C" __attribute__((weak)) unsigned f
+#define DECLARE(a, b) WEAK(cycbcr_##a##_to_##b)(CONVERTER_ARGS);
+#define DECLARE_ROW(a) ROW(DECLARE, a) \
+    WEAK(cycbcr_##a##_to_rgb32)(RGB_ARGS); WEAK(cycbcr_RGB32_to_##a)(RGB_ARGS);
+#define PAIR(a, b) cycbcr_##a##_to_##b,
+#define PAIR_ROW(a) ROW(PAIR, a)
+#define TO_RGB(a) cycbcr_##a##_to_rgb32,
+#define FROM_RGB(a) cycbcr_RGB32_to_##a,
+ALL_FORMATS(DECLARE_ROW)
+using RgbConverter = unsigned (*)(RGB_ARGS);
+const Converter kPairs[RGB * RGB] = {ALL_FORMATS(PAIR_ROW)};
+const RgbConverter kToRgb[RGB] = {ALL_FORMATS(TO_RGB)};
+const RgbConverter kFromRgb[RGB] = {ALL_FORMATS(FROM_RGB)};
+// clang-format on
+
+constexpr QBYCBCRMatrix kMatrix = 3;
+constexpr QBYCBCRRgbType kRgbType = 0x8002;
+
+// The pitch a converter receives from the dispatcher.
+uint32_t normalised(Fmt f, uint32_t width, uint32_t pitch) {
+    switch (f) {
+        case YUY2:
+        case UYVY:
+        case YVYU:
+        case CYUV:
+            return std::max(pitch, 2 * width);
+        case I420:
+        case YV12:
+        case P422:
+            return pitch > (width + 127) / 128 * 128 ? width : pitch;
+        case V210: {
+            const uint32_t least = width / 6 * 16;
+            return pitch == 0 || (pitch % 16 == 0 && pitch >= least) ? pitch : least;
+        }
+        default:
+            return pitch;
+    }
+}
+
+constexpr size_t kFrameBytes = 4096;  // room for every geometry used below
+
+unsigned transcode(uint8_t* dst, const uint8_t* src, const Geometry& g, uint32_t to,
+                   uint32_t from) {
+    return cycbcr_transcode(dst, src, g.width, g.height, g.dstPitch, g.srcPitch, kMatrix, kRgbType,
+                            to, from);
+}
+
+// Expects the call to answer 0 and leave every byte of a guarded destination.
+void expect_refused(uint32_t to, uint32_t from, const Geometry& g) {
+    const auto src = random_bytes(kFrameBytes, 1), init = random_bytes(kFrameBytes, 2);
+    GuardedBuffer dst(kFrameBytes);
+    std::copy(init.begin(), init.end(), dst.data());
+    EXPECT_EQ(transcode(dst.data(), src.data(), g, to, from), 0u)
+        << std::hex << from << " to " << to;
+    EXPECT_TRUE(std::equal(init.begin(), init.end(), dst.data()) && dst.slack_intact())
+        << "wrote for " << std::hex << from << " to " << to;
+}
+
+// The converter of a pair, called directly with the pitches normalised; -1
+// when the library has none.
+int64_t call_direct(Fmt from, Fmt to, uint8_t* dst, const uint8_t* src, const Geometry& g) {
+    const uint32_t dp = normalised(to, g.width, g.dstPitch),
+                   sp = normalised(from, g.width, g.srcPitch);
+    if (from != RGB && to != RGB) {
+        const Converter fn = kPairs[from * RGB + to];
+        return fn ? int64_t{fn(dst, src, g.width, g.height, dp, sp)} : -1;
+    }
+    const RgbConverter fn = from == RGB ? kFromRgb[to] : kToRgb[from];
+    return fn ? int64_t{fn(dst, src, g.width, g.height, dp, sp, kMatrix, kRgbType)} : -1;
+}
+
+// Whatever code stands for each side, the dispatcher gives exactly what the
+// pair's converter gives; pairs without a converter are refused.
+TEST(Transcode, EveryPairReachesItsConverterOrIsRefused) {
+    const Geometry shapes[] = {{36, 3, 0, 0}, {36, 3, 50, 100}, {36, 3, 112, 90}, {37, 2, 96, 200}};
+    const auto src = random_bytes(kFrameBytes, 1), init = random_bytes(kFrameBytes, 2);
+    for (int from = 0; from < kFormats; ++from)
+        for (int to = 0; to < kFormats; ++to) {
+            const std::string pair = std::string(kNames[from]) + " to " + kNames[to];
+            std::vector<uint8_t> probe(init);
+            if ((from == RGB && to == RGB) ||
+                call_direct(Fmt(from), Fmt(to), probe.data(), src.data(), shapes[0]) < 0) {
+                expect_refused(canonical(Fmt(to)), canonical(Fmt(from)), shapes[0]);
+                continue;
+            }
+            for (unsigned level : {0u, 5u}) {
+                cycbcr_set_cpu(level);
+                for (const auto& [fromCode, ff] : kCodes)
+                    for (const auto& [toCode, tf] : kCodes) {
+                        if (ff != from || tf != to) continue;
+                        for (const Geometry& g : shapes) {
+                            auto viaCodes = init, direct = init;
+                            const unsigned got =
+                                transcode(viaCodes.data(), src.data(), g, toCode, fromCode);
+                            const int64_t want =
+                                call_direct(Fmt(from), Fmt(to), direct.data(), src.data(), g);
+                            ASSERT_EQ(got, want)
+                                << pair << std::hex << ", codes " << fromCode << ", " << toCode;
+                            ASSERT_TRUE(same_bytes(viaCodes, direct)) << pair << ", " << g;
+                        }
+                    }
+            }
+        }
+}
+
+TEST(Transcode, RefusedCodes) {
+    const Geometry g{36, 3, 0, 0};
+    for (const auto& [code, fmt] : kCodes) {
+        expect_refused(k422P, code, g);  // "422P" names a source only
+        for (uint32_t unknown : kUnknown) {
+            expect_refused(unknown, code, g);
+            expect_refused(code, unknown, g);
+        }
+    }
+    EXPECT_EQ(cycbcr_can_transcode(0, 0), 1u) << "RGB with RGB is answered as supported";
+}
+
+// "422P" as a source is P422 without pitch normalisation; a pitch equal to the
+// width is kept by the planar rule, so both codes must give the same frame.
+TEST(Transcode, SourceCode422PIsP422) {
+    const Geometry g{36, 4, 0, 36};
+    const auto src = random_bytes(kFrameBytes, 3), init = random_bytes(kFrameBytes, 4);
+    for (const auto& [to, fmt] : kCodes) {
+        auto a = init, b = init;
+        EXPECT_EQ(transcode(a.data(), src.data(), g, to, k422P),
+                  transcode(b.data(), src.data(), g, to, fourcc("P422")));
+        EXPECT_TRUE(same_bytes(a, b)) << "to " << kNames[fmt];
+    }
+}
+
+TEST(CanTranscode, AnswersForTheAcceptedSetOnly) {
+    std::vector<std::pair<uint32_t, bool>> codes;
+    for (const auto& [code, fmt] : kCodes) codes.push_back({code, true});
+    codes.push_back({k422P, false});
+    for (uint32_t c : kUnknown) codes.push_back({c, false});
+    for (const auto& [a, okA] : codes)
+        for (const auto& [b, okB] : codes)
+            EXPECT_EQ(cycbcr_can_transcode(a, b), okA && okB ? 1u : 0u)
+                << std::hex << a << ", " << b;
+}
+
+// Worked pitches, width 720: UYVY 0 -> 1440; v210 0 stays 0, 1000 and 1930
+// become 1920, 2048 stays.
+TEST(Transcode, ConvertersReceiveNormalisedPitches) {
+    const uint32_t w = 720, h = 2;
+    const auto uyvy = random_bytes(2 * 1600, 5);
+    for (unsigned level : {0u, 5u}) {
+        cycbcr_set_cpu(level);
+        // The result is the v210 pitch the packer received, times the height.
+        const uint32_t cases[][2] = {{0, 0}, {1000, 1920}, {1930, 1920}, {2048, 2048}};
+        for (const auto& c : cases) {
+            std::vector<uint8_t> a(2 * 2048), b(2 * 2048);
+            EXPECT_EQ(cycbcr_transcode(a.data(), uyvy.data(), w, h, c[0], 0, 0, 0, fourcc("v210"),
+                                       fourcc("UYVY")),
+                      c[1] * h);
+            cycbcr_uyvy_to_012v(b.data(), uyvy.data(), w, h, c[1], 1440);
+            EXPECT_TRUE(same_bytes(a, b)) << "v210 pitch " << c[0];
+        }
+        // v210 to UYVY with both pitches 0: the UYVY rows are 1440 bytes apart and
+        // the v210 pitch stays 0, which the plain converter reads as one stream
+        // of rows and the AVX2 one as every row starting at the first.
+        const auto v210 = random_bytes(2 * 1920, 6);
+        std::vector<uint8_t> a(2 * 1440), b(2 * 1440);
+        EXPECT_EQ(cycbcr_transcode(a.data(), v210.data(), w, h, 0, 0, 0, 0, fourcc("2vuy"),
+                                   fourcc("012v")),
+                  1440 * h);
+        if (gdwProcType == 5 && have_avx2()) {
+            EXPECT_TRUE(same_bytes(std::vector<uint8_t>(a.begin(), a.begin() + 1440),
+                                   std::vector<uint8_t>(a.begin() + 1440, a.end())));
+        } else {
+            cycbcr_012v_to_uyvy_opt(b.data(), v210.data(), w, h, 1440, 1920);
+            EXPECT_TRUE(same_bytes(a, b));
+        }
+    }
+}
+
+// The first call chooses the level before it looks at the codes, so the
+// converter already runs at the chosen level.
+TEST(Transcode, FirstCallChoosesTheLevel) {
+    const uint32_t chosen = cycbcr_set_cpu(5);
+    uint8_t buf[64] = {};
+    gdwProcType = kLevelMarker;
+    EXPECT_EQ(transcode(buf, buf + 32, {2, 1, 4, 4}, fourcc("NV12"), fourcc("UYVY")), 0u);
+    EXPECT_EQ(gdwProcType, chosen) << "refused pair";
+
+    // A v210 sample of 1022 comes out as 0 only on the AVX2 path.
+    uint8_t v210[128] = {}, out[12] = {};
+    for (size_t i = 0; i < 16; i += 4) {
+        const uint32_t word = 1022 | 1022 << 10 | 1022 << 20;
+        std::memcpy(v210 + i, &word, 4);
+    }
+    gdwProcType = kLevelMarker;
+    EXPECT_EQ(transcode(out, v210, {6, 1, 12, 128}, fourcc("UYVY"), fourcc("v210")), 12u);
+    EXPECT_EQ(gdwProcType, chosen);
+    EXPECT_EQ(out[0], chosen == 5 && have_avx2() ? 0 : 255);
+}
+
+}  // namespace
