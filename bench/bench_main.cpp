@@ -1,23 +1,39 @@
 // cycbcr_bench: throughput of the converters against memcpy and peer libraries.
 //
-// Build and run everything, with the summary table at the end:
+// Build and run everything, with the summary tables at the end:
 //     bench/run.sh
 // or, in a configured build directory:
 //     ninja -j2 cycbcr_bench && ./bench/cycbcr_bench
+//
+// Families, each at 1920x1080 and 3840x2160, at level 0 ("plain") and level 5:
+//   - packed 4:2:2 byte orders, beside libyuv;
+//   - v210 <-> UYVY, beside FFmpeg's v210 encoder and decoder, with the share of
+//     FFmpeg's time that is codec-API overhead rather than packing;
+//   - packed 4:2:2 <-> planar I420 / P422, beside libyuv;
+//   - planar copies among I420, YV12 and P422.
+// Every converter is also set against memcpy of the same number of bytes.
 //
 // Unless given on the command line, each benchmark runs 7 repetitions of at
 // least 0.1 s of CPU time, the repetitions of all benchmarks interleaved in
 // random order, and the summary takes the median: on a shared machine a burst of
 // noise then lands on one repetition of several benchmarks rather than on every
-// repetition of one. The cv% column gives the spread of the repetitions.
-// Any Google Benchmark flag can be added, for example --benchmark_filter=1920x1080,
-// or --benchmark_out=run.json --benchmark_out_format=json to keep every repetition.
+// repetition of one. The cv% column gives the spread of the repetitions. The
+// whole suite takes about three minutes on two cores.
+//
+// Any Google Benchmark flag can be added. Quicker runs:
+//     --benchmark_filter=3840x2160        one frame size (FFmpeg's per-call
+//                                         figures need the 48x4 benchmarks too)
+//     --benchmark_filter='v210|012v'      the v210 family with all of FFmpeg's
+//     --benchmark_repetitions=3           fewer repetitions, noisier medians
+// and --benchmark_out=run.json --benchmark_out_format=json keeps every repetition.
 //
 // Google Benchmark may warn that it "was built as DEBUG": that is the benchmark
 // library's own build (as packaged), not this library's.
 //
-// Throughput is bytes read plus bytes written per second: a conversion of one
-// packed frame counts two frames, and so does the memcpy it is set against.
+// Throughput is bytes read plus bytes written per second, counted as whole
+// frames: a conversion counts its source frame plus its destination frame, and
+// the memcpy it is set against copies half that many bytes. Peers count their
+// own frames the same way.
 #include <cycbcr.h>
 #include <unistd.h>
 
@@ -33,19 +49,15 @@
 namespace cycbcr_bench {
 namespace {
 
-// What level 5 has to reach: this share of memcpy's throughput, and at least
-// the peer's where a peer does the same work.
-constexpr double kMemcpyTarget = 0.90;
-constexpr double kPeerTarget = 1.00;
-
 struct Result {
     double bytes_per_second = 0;
+    double items_per_second = 0;
     double cv = 0;  // spread of the repetitions: standard deviation / mean
     std::string error;
 };
 
 // The console output as usual, plus the medians kept for the summary.
-class SummaryReporter : public benchmark::ConsoleReporter {
+class SummaryReporter : public benchmark::ConsoleReporter, public Medians {
   public:
     using ConsoleReporter::ConsoleReporter;
 
@@ -56,13 +68,19 @@ class SummaryReporter : public benchmark::ConsoleReporter {
             const bool cv = run.run_type == Run::RT_Aggregate && run.aggregate_name == "cv";
             const bool single = run.run_type == Run::RT_Iteration && run.repetitions <= 1;
             Result& r = results_[run.run_name.function_name];
-            auto it = run.counters.find("bytes_per_second");
             if (run.error_occurred) {
                 r.error = run.error_message;
-            } else if (it != run.counters.end()) {
-                if (median || single) r.bytes_per_second = it->second.value;
-                if (cv) r.cv = it->second.value;
+                continue;
             }
+            auto bytes = run.counters.find("bytes_per_second");
+            auto items = run.counters.find("items_per_second");
+            if (median || single) {
+                if (bytes != run.counters.end()) r.bytes_per_second = bytes->second.value;
+                if (items != run.counters.end()) r.items_per_second = items->second.value;
+            }
+            if (cv && bytes != run.counters.end()) r.cv = bytes->second.value;
+            if (cv && bytes == run.counters.end() && items != run.counters.end())
+                r.cv = items->second.value;
         }
     }
 
@@ -71,17 +89,25 @@ class SummaryReporter : public benchmark::ConsoleReporter {
         print_summary();
     }
 
-  private:
-    // Median bytes/s, 0 when the benchmark did not run or was skipped.
-    double rate(const std::string& name) const {
-        if (name.empty()) return 0;
-        auto it = results_.find(name);
-        return it == results_.end() || !it->second.error.empty() ? 0 : it->second.bytes_per_second;
+    double bytes_per_second(const std::string& name) const override {
+        const Result* r = find(name);
+        return r == nullptr ? 0 : r->bytes_per_second;
     }
-
-    double spread(const std::string& name) const {
+    double items_per_second(const std::string& name) const override {
+        const Result* r = find(name);
+        return r == nullptr ? 0 : r->items_per_second;
+    }
+    double spread(const std::string& name) const override {
         auto it = results_.find(name);
         return it == results_.end() ? 0 : it->second.cv;
+    }
+
+  private:
+    // Nothing for a benchmark that did not run or was skipped.
+    const Result* find(const std::string& name) const {
+        if (name.empty()) return nullptr;
+        auto it = results_.find(name);
+        return it == results_.end() || !it->second.error.empty() ? nullptr : &it->second;
     }
 
     void print_summary() {
@@ -93,18 +119,24 @@ class SummaryReporter : public benchmark::ConsoleReporter {
         getloadavg(load, 3);
         std::fprintf(out,
                      "\nSummary: median GB/s of bytes read + written (1 GB = 1e9 bytes); "
-                     "ratios are ours / reference.\nAVX2 %s; target for level 5 when it runs an "
-                     "AVX2 form: >= %.0f%% of memcpy and >= %.0f%% of libyuv.\n"
-                     "Load average (1, 5, 15 min) at the end of the run: %.2f %.2f %.2f\n\n",
-                     avx2_usable() ? "usable" : "NOT usable (level 5 skipped)", 100 * kMemcpyTarget,
-                     100 * kPeerTarget, load[0], load[1], load[2]);
-        std::fprintf(out, "%-10s %-18s %7s %7s %7s %7s  %7s %7s %7s %7s  %5s  %-24s %s\n", "size",
-                     "converter", "plain", "level5", "memcpy", "libyuv", "pl/mcpy", "L5/mcpy",
-                     "pl/yuv", "L5/yuv", "cv%", "libyuv peer", "level 5 target");
+                     "ratios are ours / reference.\nAVX2 %s. "
+                     "Load average (1, 5, 15 min) at the end of the run: %.2f %.2f %.2f\n",
+                     avx2_usable() ? "usable" : "NOT usable (level 5 skipped)", load[0], load[1],
+                     load[2]);
+        std::string family;
+        bool first = true;
         for (const SummaryRow& row : summary_rows()) {
-            const double plain = rate(row.plain), l5 = rate(row.level5);
-            const double mc = rate(row.memcpy), peer = rate(row.peer);
+            const double plain = bytes_per_second(row.plain), l5 = bytes_per_second(row.level5);
+            const double mc = bytes_per_second(row.memcpy), peer = bytes_per_second(row.peer);
             if (plain == 0 && l5 == 0) continue;  // filtered out or skipped
+            if (first || row.family != family) {
+                family = row.family;
+                first = false;
+                std::fprintf(out, "\n%s\n", family_heading(family).c_str());
+                std::fprintf(out, "%-10s %-18s %7s %7s %7s %7s  %7s %7s %7s %7s  %5s  %-24s %s\n",
+                             "size", "converter", "plain", "level5", "memcpy", "peer", "pl/mcpy",
+                             "L5/mcpy", "pl/peer", "L5/peer", "cv%", "peer", "level 5 target");
+            }
             // The largest spread among the benchmarks of the row.
             double cv = 0;
             for (const std::string* name : {&row.plain, &row.level5, &row.memcpy, &row.peer})
@@ -117,9 +149,14 @@ class SummaryReporter : public benchmark::ConsoleReporter {
                          row.peer_label.empty() ? "-" : row.peer_label.c_str(),
                          verdict(row, l5, mc, peer, cv).c_str());
         }
-        for (const auto& [name, r] : results_)
-            if (!r.error.empty())
-                std::fprintf(out, "skipped %s: %s\n", name.c_str(), r.error.c_str());
+        for (const SummaryNote& note : summary_notes()) note(out, *this);
+        bool skipped = false;
+        for (const auto& [name, r] : results_) {
+            if (r.error.empty()) continue;
+            if (!skipped) std::fprintf(out, "\n");
+            skipped = true;
+            std::fprintf(out, "skipped %s: %s\n", name.c_str(), r.error.c_str());
+        }
         std::fflush(out);
     }
 
@@ -141,20 +178,31 @@ class SummaryReporter : public benchmark::ConsoleReporter {
     // as within noise rather than as a miss: another run may well meet it.
     static std::string verdict(const SummaryRow& row, double l5, double mc, double peer,
                                double cv) {
-        if (!row.level5_form) return "n/a (no AVX2 form)";
-        if (l5 == 0 || mc == 0) return "not measured";
-        std::string missed, close;
+        if (!row.level5_form && !row.judge_without_form) return "n/a (no AVX2 form)";
+        if (row.memcpy_target == 0 && row.peer_target == 0) return "-";
+        if (l5 == 0) return "not measured";
+        std::string missed, close, absent;
         auto judge = [&](const char* what, double reached, double wanted) {
             if (reached >= wanted) return;
             std::string& list = reached >= wanted * (1 - cv) ? close : missed;
             list += list.empty() ? what : std::string("+") + what;
         };
-        judge("memcpy", l5, kMemcpyTarget * mc);
-        if (peer != 0) judge("libyuv", l5, kPeerTarget * peer);
+        if (row.memcpy_target != 0) {
+            if (mc != 0)
+                judge("memcpy", l5, row.memcpy_target * mc);
+            else
+                absent = "memcpy";
+        }
+        if (row.peer_target != 0 && !row.peer.empty()) {
+            if (peer != 0)
+                judge("peer", l5, row.peer_target * peer);
+            else
+                absent += absent.empty() ? "peer" : "+peer";
+        }
         std::string v = !missed.empty()  ? "MISSED (" + missed + ")"
                         : !close.empty() ? "within noise (" + close + ")"
                                          : "met";
-        if (!row.peer.empty() && peer == 0) v += ", libyuv not run";
+        if (!absent.empty()) v += ", " + absent + " not run";
         return v;
     }
 
@@ -176,8 +224,10 @@ int main(int argc, char** argv) {
     benchmark::Initialize(&count, args.data());
     if (benchmark::ReportUnrecognizedArguments(count, args.data())) return 1;
 
-    cycbcr_bench::register_memcpy_benchmarks();
     cycbcr_bench::register_byte_order_benchmarks();
+    cycbcr_bench::register_v210_benchmarks();
+    cycbcr_bench::register_packed_planar_benchmarks();
+    cycbcr_bench::register_planar_copy_benchmarks();
 
     cycbcr_bench::SummaryReporter reporter(isatty(STDOUT_FILENO)
                                                ? benchmark::ConsoleReporter::OO_Defaults

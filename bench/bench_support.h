@@ -6,6 +6,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -21,47 +23,88 @@ struct FrameSize {
     unsigned int width;
     unsigned int height;
     std::string label() const;
+    size_t pixels() const { return size_t{width} * height; }
 };
 inline constexpr FrameSize kFrameSizes[] = {{1920, 1080}, {3840, 2160}};
 
-// One source and one destination frame of a packed 4:2:2 size (pitch 2 * width),
+// Bytes of one frame of each layout at its natural pitch: packed 4:2:2 (2 bytes
+// a pixel), planar 4:2:0 (1.5), planar 4:2:2 (2), v210 (v210_row_bytes a row).
+size_t packed_frame_bytes(const FrameSize& size);
+size_t i420_frame_bytes(const FrameSize& size);
+size_t p422_frame_bytes(const FrameSize& size);
+size_t v210_frame_bytes(const FrameSize& size);
+
+// One source, one destination and one scratch buffer per frame size, large
+// enough for the largest frame of that size (v210) plus kBufferSlack bytes,
 // 64-byte aligned and filled with random bytes once. Every benchmark of that size
-// works on the same two buffers, so all of them touch the same pages.
-struct Frames {
+// works on the same buffers, so all of them touch the same pages.
+inline constexpr size_t kBufferSlack = 4096;
+struct Buffers {
     uint8_t* src;
     uint8_t* dst;
-    unsigned int pitch;
-    size_t bytes;  // one frame
+    uint8_t* scratch;  // for checking a result outside the timed loop
+    size_t bytes;      // usable bytes of each, slack excluded
 };
-Frames& packed_frames(const FrameSize& size);
-// A third frame of the same size, for checking a result outside the timed loop.
-uint8_t* packed_scratch(const FrameSize& size);
+Buffers& frame_buffers(const FrameSize& size);
+
+// How a converter is called on the shared buffers: its two pitches, the size of
+// the destination frame, and the bytes it reads plus the bytes it writes in one
+// call (what its throughput is counted in).
+struct Shape {
+    unsigned int dst_pitch;
+    unsigned int src_pitch;
+    size_t dst_bytes;
+    size_t moved;
+};
+// Packed 4:2:2 to packed 4:2:2 at pitch 2 * width: two frames moved.
+Shape packed_shape(const FrameSize& size);
 
 // Processor feature bit 23: AVX2 usable.
 bool avx2_usable();
 
-// Registers a benchmark that runs `fn` over the packed frames of `size` at the
-// given processor level (or leaves the level alone when `level` is negative),
-// reporting the bytes read plus the bytes written: two frames per call.
-// With `needs_avx2`, the benchmark is skipped on processors without AVX2.
-void register_packed(const std::string& name, Converter fn, const FrameSize& size, int level,
-                     bool needs_avx2);
+// Registers a benchmark that runs `fn` over the buffers of `size` at the given
+// processor level (or leaves the level alone when `level` is negative). With
+// `needs_avx2`, the benchmark is skipped on processors without AVX2.
+void register_converter(const std::string& name, Converter fn, const FrameSize& size,
+                        const Shape& shape, int level, bool needs_avx2);
 
-// Registers a peer library's function over the same frames. Before its first
-// timed loop the peer's output is compared with `reference` (one of ours, run at
-// level 0); a peer that does not give the same bytes is skipped, since it would
-// not be doing the same work.
-void register_packed_peer(const std::string& name, Converter fn, const FrameSize& size,
-                          Converter reference);
+// Which destination bytes a peer must give exactly as ours: `count` bytes
+// `step` apart from byte `first` (count 0: the whole destination frame).
+struct Check {
+    size_t first = 0;
+    size_t step = 1;
+    size_t count = 0;
+    const char* what = "output";  // named in the message when they differ
+};
 
-// memcpy of one packed frame, per size: the same bytes read and written as a
-// conversion, so its throughput is the bandwidth limit the others are held to.
-void register_memcpy_benchmarks();
-std::string memcpy_name(const FrameSize& size);
+// Registers a peer library's function over the same buffers. Before its first
+// timed loop the bytes named by `check` are compared with those of `reference`
+// (one of ours, run at level 0); a peer that does not give the same bytes is
+// skipped, since it would not be doing the same work. No reference: no check.
+void register_peer(const std::string& name, Converter fn, const FrameSize& size, const Shape& shape,
+                   Converter reference, const Check& check = {});
+
+// memcpy of `bytes` bytes from the source buffer to the destination buffer:
+// as many bytes read and written as a conversion that moves 2 * `bytes`, so its
+// throughput is the bandwidth limit that conversion is held to. Registered once
+// per size and byte count; returns the benchmark name.
+std::string memcpy_benchmark(const FrameSize& size, size_t bytes);
+
+// Throughput as the reporter saw it: medians of the repetitions, 0 when the
+// benchmark did not run or was skipped.
+class Medians {
+  public:
+    virtual ~Medians() = default;
+    virtual double bytes_per_second(const std::string& name) const = 0;
+    virtual double items_per_second(const std::string& name) const = 0;  // frames or calls
+    virtual double spread(const std::string& name) const = 0;            // cv of the bytes/s, 0..1
+};
 
 // One line of the summary: benchmark names (empty when absent) whose median
-// throughputs are set against each other.
+// throughputs are set against each other. Rows are printed in the order they
+// were added, under the heading of their family.
 struct SummaryRow {
+    std::string family;
     std::string size;
     std::string converter;
     std::string plain;         // at level 0
@@ -70,11 +113,28 @@ struct SummaryRow {
     std::string memcpy;
     std::string peer;
     std::string peer_label;
+    // What level 5 has to reach: these shares of memcpy and of the peer (0: no
+    // target). With `judge_without_form`, also when level 5 runs the plain code.
+    double memcpy_target = 0;
+    double peer_target = 0;
+    bool judge_without_form = false;
 };
 void add_summary_row(SummaryRow row);
 const std::vector<SummaryRow>& summary_rows();
 
-// Per benchmark family; each registers its benchmarks and summary rows.
+// A family's heading in the summary (its targets and what its bytes count).
+void set_family_heading(const std::string& family, const std::string& heading);
+std::string family_heading(const std::string& family);
+
+// Extra text printed after the summary table, given the medians of the run.
+using SummaryNote = std::function<void(std::FILE* out, const Medians& medians)>;
+void add_summary_note(SummaryNote note);
+const std::vector<SummaryNote>& summary_notes();
+
+// Per benchmark family; each registers its benchmarks, summary rows and notes.
 void register_byte_order_benchmarks();
+void register_v210_benchmarks();
+void register_packed_planar_benchmarks();
+void register_planar_copy_benchmarks();
 
 }  // namespace cycbcr_bench

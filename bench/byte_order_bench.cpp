@@ -11,6 +11,8 @@
 namespace cycbcr_bench {
 namespace {
 
+constexpr const char* kFamily = "byte orders";
+
 // What level 5 runs for a converter.
 enum class Level5 {
     same_code,  // no AVX2 form: level 5 times the plain code again
@@ -115,23 +117,31 @@ std::string bench_name(const std::string& what, const FrameSize& size, const cha
 }  // namespace
 
 void register_byte_order_benchmarks() {
+    set_family_heading(kFamily,
+                       "Packed 4:2:2 byte orders: two packed frames moved per call; level 5 "
+                       "target (AVX2 forms) >= 90% of memcpy and >= libyuv");
     for (const FrameSize& size : kFrameSizes) {
+        const Shape shape = packed_shape(size);
 #ifdef CYCBCR_BENCH_LIBYUV
         for (const PeerDef& p : kPeers)
-            register_packed_peer(bench_name(p.name, size, nullptr), p.fn, size, p.reference);
+            register_peer(bench_name(p.name, size, nullptr), p.fn, size, shape, p.reference);
 #endif
+        const std::string memcpy = memcpy_benchmark(size, packed_frame_bytes(size));
         for (const ConverterDef& c : kConverters) {
             SummaryRow row;
+            row.family = kFamily;
             row.size = size.label();
             row.converter = c.name;
             row.level5_form = c.level5 != Level5::same_code;
-            row.memcpy = memcpy_name(size);
+            row.memcpy = memcpy;
+            row.memcpy_target = 0.90;
+            row.peer_target = 1.00;
             if (c.level5 != Level5::avx2_only) {
                 row.plain = bench_name(c.name, size, "plain");
-                register_packed(row.plain, c.fn, size, 0, false);
+                register_converter(row.plain, c.fn, size, shape, 0, false);
             }
             row.level5 = bench_name(c.name, size, "level5");
-            register_packed(row.level5, c.fn, size, 5, true);
+            register_converter(row.level5, c.fn, size, shape, 5, true);
             if (const PeerDef* p = peer_for(c.work)) {
                 row.peer = bench_name(p->name, size, nullptr);
                 row.peer_label = p->name;

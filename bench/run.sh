@@ -1,12 +1,14 @@
 #!/bin/sh
-# Builds the library and the benchmarks, then runs them; the summary table of
-# ours / memcpy and ours / libyuv comes at the end of the output.
+# Builds the library and the benchmarks, then runs them; the summary tables of
+# ours / memcpy and ours / peer (libyuv, FFmpeg) come at the end of the output.
+# The whole suite takes about three minutes on two cores.
 #
 #     bench/run.sh [benchmark flags...]
 #
 # The build directory is build-bench beside this directory unless BUILD_DIR says
-# otherwise. Flags go to the benchmark binary, e.g. --benchmark_filter=3840x2160
-# or --benchmark_repetitions=9 (see bench/bench_main.cpp for the defaults).
+# otherwise. Flags go to the benchmark binary, e.g. --benchmark_filter=3840x2160,
+# --benchmark_filter='v210|012v' (the v210 family and FFmpeg) or
+# --benchmark_repetitions=3 for a quicker run (see bench/bench_main.cpp).
 set -eu
 here=$(cd "$(dirname "$0")" && pwd)
 root=$(dirname "$here")
