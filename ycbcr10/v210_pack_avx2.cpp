@@ -34,27 +34,28 @@ inline __m256i pack_two_groups(__m256i v) {
 
 // Eight v210 words to their 24 samples as bytes, each lane left holding its
 // twelve bytes in bytes 0..11. Rounded and wrapped: bits 2..9 of (v + 2) modulo
-// 1024; the three fields of a word are added to at once, with bit 9 of each kept
-// out of the sum so that no carry crosses into the next field. Truncated: bits
-// 2..9 of v.
+// 1024; truncated: bits 2..9 of v.
+//
+// The 16-bit halves of a word hold v0 in bits 0..9 of the low half and v2 in bits
+// 4..13 of the high half; one multiply-high shifts them right by 2 and 6 at once.
+// v1 comes from the low half of the word shifted right by 4 (bits 6..15). The
+// rounding 2 is added within each half, where the bits below a sample cannot
+// carry into it and a carry out of it only reaches bits that are masked off.
 template <bool Round>
 inline __m256i unpack_two_groups(__m256i w) {
-    __m256i x = w;
+    __m256i outer = w;
+    __m256i middle = _mm256_srli_epi32(w, 4);
     if constexpr (Round) {
-        const __m256i top = _mm256_set1_epi32(0x20080200);  // bit 9 of each field
-        const __m256i low = _mm256_set1_epi32(0x1FF7FDFF);  // bits 0..8 of each field
-        x = _mm256_xor_si256(
-            _mm256_add_epi32(_mm256_and_si256(w, low), _mm256_set1_epi32(0x00200802)),
-            _mm256_and_si256(w, top));
+        outer = _mm256_add_epi16(outer, _mm256_set1_epi32(0x00200002));
+        middle = _mm256_add_epi16(middle, _mm256_set1_epi32(0x00000080));
     }
-    // Byte 0 of x >> 2, byte 1 of x >> 4 and byte 2 of x >> 6 are the three results.
-    const __m256i t = _mm256_blend_epi16(_mm256_srli_epi32(x, 2), _mm256_srli_epi32(x, 6), 0xAA);
-    const __m256i byte1 = _mm256_set1_epi32(0x0000FF00);
-    const __m256i bytes = _mm256_blendv_epi8(t, _mm256_srli_epi32(x, 4), byte1);
+    const __m256i b02 = _mm256_and_si256(_mm256_mulhi_epu16(outer, _mm256_set1_epi32(0x04004000)),
+                                         _mm256_set1_epi32(0x00FF00FF));
+    const __m256i b1 = _mm256_and_si256(middle, _mm256_set1_epi32(0x0000FF00));
     const __m256i compact =
         _mm256_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1, 0, 1, 2, 4, 5, 6,
                          8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
-    return _mm256_shuffle_epi8(bytes, compact);
+    return _mm256_shuffle_epi8(_mm256_or_si256(b02, b1), compact);
 }
 
 inline __m256i load256(const uint8_t* p) {

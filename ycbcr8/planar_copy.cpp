@@ -39,8 +39,13 @@ unsigned int planar_422_420_rows(uint8_t* dY, uint8_t* dA, uint8_t* dB, const ui
     const size_t dc = dstPitch / 2;
     const size_t sc = srcPitch / 2;
     const size_t half = width / 2;
+    // Rows of exactly the width on both sides make the luma one block.
+    const bool lumaBlock = dstPitch == width && srcPitch == width;
+    if (lumaBlock) CopyMemoryFast(dY, sY, static_cast<size_t>(width) * height);
     for (uint32_t r = 0; r < height; ++r) {
-        copy(dY + static_cast<size_t>(r) * dstPitch, sY + static_cast<size_t>(r) * srcPitch, width);
+        if (!lumaBlock)
+            copy(dY + static_cast<size_t>(r) * dstPitch, sY + static_cast<size_t>(r) * srcPitch,
+                 width);
         if (dst422) {
             // Each 4:2:0 chroma row serves two output rows.
             const size_t from = (r / 2) * sc, to = r * dc;
