@@ -92,18 +92,27 @@ bool rows_overlap(const void* y, const void* cb, const void* cr, uint32_t width,
     return false;
 }
 
-// v210 to 8-bit packed rows: UYVY order straight into the destination row, then
-// reordered in place.
+// v210 to 8-bit packed rows: UYVY order straight into the destination row, or
+// through a row in the cache and one shuffle into the destination.
 unsigned int v210_to_packed(Packed to, uint8_t* dst, const uint8_t* src, uint32_t width,
                             uint32_t height, uint32_t dstPitch, uint32_t srcPitch) {
     const uint32_t sp = max_u32(v210_row_bytes(width), srcPitch);
     const uint32_t groups = unpack_groups(width);
     const size_t bytes = size_t{12} * groups;
+    SampleRow row(bytes + 32);
+    uint8_t* t = row.data();
     for (uint32_t r = 0; r < height; ++r) {
         uint8_t* d = dst + static_cast<size_t>(r) * dstPitch;
-        v210_groups_to_u8_avx2(d, src + static_cast<size_t>(r) * sp, groups, false);
-        if (to == Packed::YUY2 || to == Packed::YVYU) word_swap_row_avx2(d, d, bytes, false);
-        if (to == Packed::YVYU) chroma_exchange_row_avx2(d, d, bytes / 4, false);
+        const uint8_t* s = src + static_cast<size_t>(r) * sp;
+        if (to == Packed::UYVY || to == Packed::CYUV) {
+            v210_groups_to_u8_avx2(d, s, groups, false);
+            continue;
+        }
+        v210_groups_to_u8_avx2(t, s, groups, false);
+        if (to == Packed::YUY2)
+            word_swap_row_avx2(d, t, bytes, false);
+        else
+            rotate_pairs_row_avx2(d, t, bytes / 4, 1, false);  // to YVYU
     }
     if (to == Packed::CYUV) cycbcr_invert(dst, dstPitch, height);
     return width * height * 2;
@@ -157,11 +166,10 @@ unsigned int packed_to_v210(Packed from, uint8_t* dst, const uint8_t* src, uint3
             const uint8_t* s = src + r * step;
             const size_t bytes = size_t{12} * groups;
             if (from == Packed::CYUV) return s;
-            if (from == Packed::YVYU) {
-                chroma_exchange_row_avx2(t, s, bytes / 4, false);
-                s = t;
-            }
-            word_swap_row_avx2(t, s, bytes, false);
+            if (from == Packed::YVYU)
+                rotate_pairs_row_avx2(t, s, bytes / 4, 3, false);
+            else
+                word_swap_row_avx2(t, s, bytes, false);
             return const_cast<const uint8_t*>(t);
         });
     if (from == Packed::CYUV) cycbcr_invert(dst, dstPitch, height);

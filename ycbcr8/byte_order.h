@@ -39,6 +39,9 @@ bool stream_frame(const uint8_t* dst, uint32_t dstPitch, uint32_t height);
 // Swaps the bytes of each 16-bit word in the first n & ~1 bytes; dst may equal src.
 void word_swap_row_avx2(uint8_t* dst, const uint8_t* src, size_t n, bool stream);
 void chroma_exchange_row_avx2(uint8_t* dst, const uint8_t* src, size_t pairs, bool stream);
+// Rotates the four bytes of each pixel pair: output byte j is input byte
+// (j + by) % 4 (UYVY to YVYU is 1, YVYU to UYVY is 3). dst may equal src.
+void rotate_pairs_row_avx2(uint8_t* dst, const uint8_t* src, size_t pairs, int by, bool stream);
 // Plain copy of n bytes in 32-byte blocks; the ranges must not overlap.
 void copy_row_avx2(uint8_t* dst, const uint8_t* src, size_t n, bool stream);
 

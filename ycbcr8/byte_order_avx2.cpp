@@ -101,6 +101,20 @@ void chroma_exchange_row_avx2(uint8_t* dst, const uint8_t* src, size_t pairs, bo
     chroma_exchange_row(dst, src, rest / 4);
 }
 
+void rotate_pairs_row_avx2(uint8_t* dst, const uint8_t* src, size_t pairs, int by, bool stream) {
+    // Byte j of each output pair is byte (j + by) % 4 of the input pair.
+    int8_t m[16];
+    for (int j = 0; j < 16; ++j) m[j] = static_cast<int8_t>((j & ~3) | ((j + by) & 3));
+    const __m256i mask =
+        _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(m)));
+    const size_t rest = shuffle_row(dst, src, pairs * 4, mask, stream);
+    for (size_t k = 0; k < rest / 4; ++k) {
+        uint8_t pair[4];
+        for (int j = 0; j < 4; ++j) pair[j] = src[4 * k + ((j + by) & 3)];
+        for (int j = 0; j < 4; ++j) dst[4 * k + j] = pair[j];
+    }
+}
+
 void copy_row_avx2(uint8_t* dst, const uint8_t* src, size_t n, bool stream) {
     n = shuffle_row(dst, src, n, identity_mask(), stream);
     for (size_t k = 0; k < n; ++k) dst[k] = src[k];
