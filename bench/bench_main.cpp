@@ -127,7 +127,14 @@ class SummaryReporter : public benchmark::ConsoleReporter, public Medians {
         bool first = true;
         for (const SummaryRow& row : summary_rows()) {
             const double plain = bytes_per_second(row.plain), l5 = bytes_per_second(row.level5);
-            const double mc = bytes_per_second(row.memcpy), peer = bytes_per_second(row.peer);
+            const double mc = bytes_per_second(row.memcpy);
+            double peer = bytes_per_second(row.peer);
+            if (row.peer_per_frame && peer != 0) {
+                const std::string& ours = l5 != 0 ? row.level5 : row.plain;
+                const double frames = items_per_second(ours);
+                peer =
+                    frames == 0 ? 0 : items_per_second(row.peer) * bytes_per_second(ours) / frames;
+            }
             if (plain == 0 && l5 == 0) continue;  // filtered out or skipped
             if (first || row.family != family) {
                 family = row.family;

@@ -118,6 +118,10 @@ struct SummaryRow {
     double memcpy_target = 0;
     double peer_target = 0;
     bool judge_without_form = false;
+    // Compare with the peer frame for frame rather than byte for byte (the peer
+    // moves a different number of bytes per frame); its column then shows the
+    // peer's frame rate in this row's bytes per frame.
+    bool peer_per_frame = false;
 };
 void add_summary_row(SummaryRow row);
 const std::vector<SummaryRow>& summary_rows();
