@@ -32,6 +32,10 @@ void copy_row(uint8_t* dst, const uint8_t* src, size_t n) {
 
 }  // namespace
 
+namespace {
+
+// Exactly one side 4:2:2: width bytes of Y per row and width / 2 of chroma,
+// repeating (4:2:0 to 4:2:2) or dropping (4:2:2 to 4:2:0) whole chroma rows.
 unsigned int planar_422_420_rows(uint8_t* dY, uint8_t* dA, uint8_t* dB, const uint8_t* sY,
                                  const uint8_t* sA, const uint8_t* sB, uint32_t width,
                                  uint32_t height, uint32_t dstPitch, uint32_t srcPitch, bool dst422,
@@ -61,9 +65,29 @@ unsigned int planar_422_420_rows(uint8_t* dY, uint8_t* dA, uint8_t* dB, const ui
     return 2 * dstPitch * height;
 }
 
+}  // namespace
+
+unsigned int planar_422_420_frame(uint8_t* dY, uint8_t* dA, uint8_t* dB, const uint8_t* sY,
+                                  const uint8_t* sA, const uint8_t* sB, uint32_t width,
+                                  uint32_t height, uint32_t dstPitch, uint32_t srcPitch,
+                                  bool dst422, bool src422, CopyRow copy) {
+    if (!dst422 && !src422)
+        return cycbcr_planar_copy(dY, dA, dB, sY, sA, sB, width, height, dstPitch, srcPitch);
+    if (dst422 && src422) {
+        // Whole planes sized by dstPitch, whatever srcPitch is.
+        const uint32_t luma = dstPitch * height;
+        CopyMemoryFast(dY, sY, luma);
+        CopyMemoryFast(dA, sA, luma / 2);
+        CopyMemoryFast(dB, sB, luma / 2);
+        return 2 * luma;
+    }
+    return planar_422_420_rows(dY, dA, dB, sY, sA, sB, width, height, dstPitch, srcPitch, dst422,
+                               copy);
+}
+
 }  // namespace cycbcr::detail
 
-using cycbcr::detail::planar_422_420_rows;
+using cycbcr::detail::planar_422_420_frame;
 
 namespace {
 
@@ -150,18 +174,8 @@ CYCBCR_API unsigned int cycbcr_planar_422_420(uint8_t* dY, uint8_t* dA, uint8_t*
     if (cycbcr::avx2_path())
         return cycbcr_planar_422_420_avx2(dY, dA, dB, sY, sA, sB, width, height, dstPitch, srcPitch,
                                           dst422, src422);
-    if (!dst422 && !src422)
-        return cycbcr_planar_copy(dY, dA, dB, sY, sA, sB, width, height, dstPitch, srcPitch);
-    if (dst422 && src422) {
-        // Whole planes sized by dstPitch, whatever srcPitch is.
-        const uint32_t luma = dstPitch * height;
-        cycbcr::CopyMemoryFast(dY, sY, luma);
-        cycbcr::CopyMemoryFast(dA, sA, luma / 2);
-        cycbcr::CopyMemoryFast(dB, sB, luma / 2);
-        return 2 * luma;
-    }
-    return planar_422_420_rows(dY, dA, dB, sY, sA, sB, width, height, dstPitch, srcPitch,
-                               dst422 != 0, cycbcr::detail::copy_row);
+    return planar_422_420_frame(dY, dA, dB, sY, sA, sB, width, height, dstPitch, srcPitch,
+                                dst422 != 0, src422 != 0, cycbcr::detail::copy_row);
 }
 
 #define CYCBCR_PLANAR(name, pair)                                      \

@@ -30,17 +30,8 @@ CYCBCR_API unsigned int cycbcr_planar_422_420_avx2(uint8_t* dY, uint8_t* dA, uin
                                                    unsigned int height, unsigned int dstPitch,
                                                    unsigned int srcPitch, unsigned int dst422,
                                                    unsigned int src422) {
-    if (!dst422 && !src422)
-        return cycbcr_planar_copy(dY, dA, dB, sY, sA, sB, width, height, dstPitch, srcPitch);
-    if (dst422 && src422) {
-        const uint32_t luma = dstPitch * height;
-        cycbcr::CopyMemoryFast(dY, sY, luma);
-        cycbcr::CopyMemoryFast(dA, sA, luma / 2);
-        cycbcr::CopyMemoryFast(dB, sB, luma / 2);
-        return 2 * luma;
-    }
-    return cycbcr::detail::planar_422_420_rows(dY, dA, dB, sY, sA, sB, width, height, dstPitch,
-                                               srcPitch, dst422 != 0, copy_row_avx2);
+    return cycbcr::detail::planar_422_420_frame(dY, dA, dB, sY, sA, sB, width, height, dstPitch,
+                                                srcPitch, dst422 != 0, src422 != 0, copy_row_avx2);
 }
 
 }  // extern "C"
