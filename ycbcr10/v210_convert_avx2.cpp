@@ -44,11 +44,12 @@ void split16_row(const uint16_t* s, uint16_t* y, uint16_t* cb, uint16_t* cr, siz
         _mm_storeu_si128(reinterpret_cast<__m128i*>(cb + k), _mm_unpacklo_epi64(ca, cb2));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(cr + k), _mm_unpackhi_epi64(ca, cb2));
     }
+    // Plane rows may start on an odd byte: the tail stores through memcpy.
     for (; k < pairs; ++k) {
-        cb[k] = s[4 * k];
-        y[2 * k] = s[4 * k + 1];
-        cr[k] = s[4 * k + 2];
-        y[2 * k + 1] = s[4 * k + 3];
+        std::memcpy(cb + k, s + 4 * k, 2);
+        std::memcpy(y + 2 * k, s + 4 * k + 1, 2);
+        std::memcpy(cr + k, s + 4 * k + 2, 2);
+        std::memcpy(y + 2 * k + 1, s + 4 * k + 3, 2);
     }
 }
 
