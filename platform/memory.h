@@ -30,7 +30,6 @@ class TempRow {
     TempRow(const TempRow&) = delete;
     TempRow& operator=(const TempRow&) = delete;
     uint8_t* data() { return data_; }
-    bool on_heap() const { return data_ != stack_; }
 
   private:
     uint8_t stack_[StackBytes];
