@@ -121,11 +121,17 @@ void unpack_v210_frame(const Placement<Sample>& out, const uint8_t* src, uint32_
         out.row(r, y, cb, cr);
         const uint8_t* g = src + static_cast<size_t>(r) * sp;
         for (uint32_t k = 0; k < groups; ++k, g += kV210GroupBytes) {
-            for (unsigned i = 0; i < 6; ++i, y += ystep)
-                store_sample(y, v210_sample(g, kGroupY[i]));
+            uint32_t s[12];
+            for (unsigned w = 0; w < 4; ++w) {
+                const uint32_t word = load_le32(g + 4 * w);
+                s[3 * w] = word & 0x3FF;
+                s[3 * w + 1] = (word >> 10) & 0x3FF;
+                s[3 * w + 2] = (word >> 20) & 0x3FF;
+            }
+            for (unsigned i = 0; i < 6; ++i, y += ystep) store_sample(y, s[kGroupY[i]]);
             for (unsigned i = 0; i < 3; ++i, cb += cstep, cr += cstep) {
-                store_sample(cb, v210_sample(g, kGroupCb[i]));
-                store_sample(cr, v210_sample(g, kGroupCr[i]));
+                store_sample(cb, s[kGroupCb[i]]);
+                store_sample(cr, s[kGroupCr[i]]);
             }
         }
     }
