@@ -73,6 +73,13 @@ void check_levels(const CpuCase& c, bool firstByConverter = false) {
     gdwProcType = kMarker;
     EXPECT_EQ(cycbcr_get_cpu(0), c.best);
     EXPECT_EQ(gdwProcType, c.set[5]);
+
+    // Converters take their AVX2 forms at level 5 exactly when bit 23 stands,
+    // also when level 5 is stored without it; never at level 6.
+    gdwProcType = 5;
+    EXPECT_EQ(takes_avx2_form(), (c.flags & 0x800000) != 0);
+    cycbcr_set_cpu(6);
+    EXPECT_FALSE(takes_avx2_form());
 }
 
 // Bit 5 (0x20) level 2, bit 13 (0x2000) level 3, bit 14 (0x4000) level 4,
@@ -82,11 +89,6 @@ TEST(CpuEnvBit7, Levels) {
 }
 TEST(CpuEnvBits14And5, Levels) {
     check_levels({"4020", 0x4020, {0, 1, 2, 2, 4, 4, 2}, 4});
-}
-TEST(CpuEnvBits14And5, Level5WithoutBit23TakesPlainForms) {
-    if (!started_with("4020")) GTEST_SKIP();
-    gdwProcType = 5;
-    EXPECT_FALSE(takes_avx2_form());
 }
 TEST(CpuEnvNone, Levels) {
     check_levels({"0", 0, {0, 1, 1, 1, 1, 1, 1}, 0});
@@ -106,13 +108,6 @@ TEST(CpuEnvAllBits, Levels) {
         check_levels({"0x8060A0", 0x8060A0, {0, 1, 2, 3, 4, 5, 6}, 5}, true);
     else
         check_levels({"0x8060A0", 0x60A0, {0, 1, 2, 3, 4, 4, 6}, 4}, true);
-}
-TEST(CpuEnvAllBits, AtLevel5ConvertersTakeAvx2FormsExactlyWithAvx2) {
-    if (!started_with("0x8060A0")) GTEST_SKIP();
-    cycbcr_set_cpu(5);
-    EXPECT_EQ(takes_avx2_form(), real_avx2());
-    cycbcr_set_cpu(6);
-    EXPECT_FALSE(takes_avx2_form());
 }
 TEST(CpuEnvUnparsable, Ignored) {
     if (!started_with("zz")) GTEST_SKIP();

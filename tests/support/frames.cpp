@@ -37,16 +37,25 @@ void fill(GuardedBuffer& buf, const std::vector<uint8_t>& from) {
 }
 }  // namespace
 
-Outcome run_guarded(Converter fn, const Geometry& g, const std::vector<uint8_t>& src,
-                    size_t srcBytes, const std::vector<uint8_t>& dstInit, size_t dstBytes) {
+Outcome run_guarded(const Call& call, const std::vector<uint8_t>& src, size_t srcBytes,
+                    const std::vector<uint8_t>& dstInit, size_t dstBytes) {
     GuardedBuffer s(srcBytes), d(dstBytes);
     fill(s, src);
     fill(d, dstInit);
-    Outcome run{dstInit, fn(d.data(), s.data(), g.width, g.height, g.dstPitch, g.srcPitch)};
+    Outcome run{dstInit, call(d.data(), s.data())};
     std::copy_n(d.data(), dstBytes, run.dst.begin());
-    EXPECT_TRUE(s.slack_intact() && d.slack_intact()) << "write before the buffer, " << g;
-    EXPECT_TRUE(std::equal(s.data(), s.data() + srcBytes, src.begin())) << "source changed, " << g;
+    EXPECT_TRUE(s.slack_intact() && d.slack_intact()) << "write before the buffer";
+    EXPECT_TRUE(std::equal(s.data(), s.data() + srcBytes, src.begin())) << "source changed";
     return run;
+}
+
+Outcome run_guarded(Converter fn, const Geometry& g, const std::vector<uint8_t>& src,
+                    size_t srcBytes, const std::vector<uint8_t>& dstInit, size_t dstBytes) {
+    return run_guarded(
+        [&](uint8_t* d, const uint8_t* s) {
+            return fn(d, s, g.width, g.height, g.dstPitch, g.srcPitch);
+        },
+        src, srcBytes, dstInit, dstBytes);
 }
 
 Outcome run_in_place(Converter fn, const Geometry& g, const std::vector<uint8_t>& frame) {
@@ -60,18 +69,6 @@ Outcome run_in_place(Converter fn, const Geometry& g, const std::vector<uint8_t>
 
 bool have_avx2() {
     return (cycbcr_cpu_flags() & 0x800000u) != 0;
-}
-
-void expect_levels_agree(Converter fn, const Geometry& g, uint32_t seed) {
-    if (!have_avx2()) GTEST_SKIP() << "processor without AVX2";
-    const auto src = random_bytes(size_t{g.height} * g.srcPitch, seed);
-    const auto init = random_bytes(size_t{g.height} * g.dstPitch, seed ^ 0x9E3779B9u);
-    ASSERT_EQ(cycbcr_set_cpu(0), 0u);
-    const Outcome plain = run_guarded(fn, g, src, src.size(), init, init.size());
-    ASSERT_EQ(cycbcr_set_cpu(5), 5u);
-    const Outcome fast = run_guarded(fn, g, src, src.size(), init, init.size());
-    EXPECT_EQ(plain.result, fast.result) << g;
-    EXPECT_TRUE(same_bytes(fast.dst, plain.dst)) << g;
 }
 
 }  // namespace cycbcr_test
