@@ -70,6 +70,13 @@ void merge_interleaved_row(uint8_t* d, const uint8_t* y, const uint8_t* c, size_
     }
 }
 
+// Asks for the cache line `ahead` bytes past `p`. The address is only a hint: it
+// may lie past the frame (prefetches do not fault), so it is formed as a number.
+void prefetch(const void* p, size_t ahead) {
+    _mm_prefetch(reinterpret_cast<const char*>(reinterpret_cast<uintptr_t>(p) + ahead),
+                 _MM_HINT_T0);
+}
+
 // True when some row's luma and chroma writes (width rounded up to 12 samples of
 // `sample` bytes, chroma half that) land on each other: the scalar kernel's
 // group-by-group order then decides the bytes, so it does the frame.
@@ -119,6 +126,110 @@ unsigned int v210_to_packed(Packed to, uint8_t* dst, const uint8_t* src, uint32_
     return width * height * 2;
 }
 
+// The truncated samples of a v210 load, each word's three in bytes 0, 1 and 2 of
+// its dword: one multiply-high of the 16-bit halves gives bits 2..9 (v0) in byte
+// 0 and bits 22..29 (v2) in byte 2, and a shift by 4 gives bits 12..19 (v1) in
+// byte 1. In a lane holding one group, the Y samples then sit at bytes
+// 1 4 6 9 12 14, Cb at 0 5 10 and Cr at 2 8 13.
+inline __m256i truncated_samples(__m256i w) {
+    const __m256i outer = _mm256_mulhi_epu16(w, _mm256_set1_epi32(0x04004000));
+    return _mm256_blendv_epi8(outer, _mm256_srli_epi32(w, 4), _mm256_set1_epi32(0x0000FF00));
+}
+
+// Groups g and g + 2 of `src` in the low and high lane.
+inline __m256i groups_apart(const uint8_t* src) {
+    const __m256i lo =
+        _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(src)));
+    const __m256i hi =
+        _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(src + 32)));
+    return _mm256_blend_epi32(lo, hi, 0xF0);
+}
+
+// Four v210 groups (64 bytes) to 24 Y bytes at 0..23 of `y`, and the 12 Cb and
+// 12 Cr bytes at 0..11 of the low and high lane of `c`. The groups are loaded two
+// apart (0 and 2, 1 and 3) so that each lane's shuffles meet without crossing.
+struct QuadSamples {
+    __m256i y;
+    __m256i c;
+};
+inline QuadSamples v210_quad_to_planes(const uint8_t* src, bool chroma) {
+    const __m256i p = truncated_samples(groups_apart(src));       // groups 0 | 2
+    const __m256i q = truncated_samples(groups_apart(src + 16));  // groups 1 | 3
+    const __m256i yp = _mm256_setr_epi8(1, 4, 6, 9, 12, 14, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1,
+                                        1, 4, 6, 9, 12, 14, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1);
+    const __m256i yq = _mm256_setr_epi8(-1, -1, -1, -1, -1, -1, 1, 4, 6, 9, 12, 14, -1, -1, -1, -1,
+                                        -1, -1, -1, -1, -1, -1, 1, 4, 6, 9, 12, 14, -1, -1, -1, -1);
+    // Lane k: Y of groups 2k and 2k + 1 at 0..11; the four lanes' dwords 0..2 joined.
+    const __m256i ty = _mm256_or_si256(_mm256_shuffle_epi8(p, yp), _mm256_shuffle_epi8(q, yq));
+    QuadSamples out;
+    out.y = _mm256_permutevar8x32_epi32(ty, _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 3, 7));
+    if (!chroma) return out;
+    const __m256i cp = _mm256_setr_epi8(0, 5, 10, -1, -1, -1, -1, -1, 2, 8, 13, -1, -1, -1, -1, -1,
+                                        0, 5, 10, -1, -1, -1, -1, -1, 2, 8, 13, -1, -1, -1, -1, -1);
+    const __m256i cq = _mm256_setr_epi8(-1, -1, -1, 0, 5, 10, -1, -1, -1, -1, -1, 2, 8, 13, -1, -1,
+                                        -1, -1, -1, 0, 5, 10, -1, -1, -1, -1, -1, 2, 8, 13, -1, -1);
+    // Lane k: Cb of groups 2k, 2k + 1 at 0..5 and their Cr at 8..13; then the Cb
+    // halves to the low lane, the Cr halves to the high one, and each closed up.
+    const __m256i tc = _mm256_or_si256(_mm256_shuffle_epi8(p, cp), _mm256_shuffle_epi8(q, cq));
+    const __m256i close =
+        _mm256_setr_epi8(0, 1, 2, 3, 4, 5, 8, 9, 10, 11, 12, 13, -1, -1, -1, -1,  //
+                         0, 1, 2, 3, 4, 5, 8, 9, 10, 11, 12, 13, -1, -1, -1, -1);
+    out.c = _mm256_shuffle_epi8(_mm256_permute4x64_epi64(tc, 0xD8), close);
+    return out;
+}
+
+// Two v210 groups (32 bytes) to 12 Y bytes at 0..11 of the low lane and 6 Cb and
+// 6 Cr bytes at 0..5 and 8..13 of the high lane.
+inline __m256i v210_pair_to_planes(const uint8_t* src) {
+    const __m256i s = truncated_samples(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(src)));
+    const __m256i stay =
+        _mm256_setr_epi8(1, 4, 6, 9, 12, 14, -1, -1, -1, -1, -1, -1, -1, -1, -1,
+                         -1,  //
+                         -1, -1, -1, 0, 5, 10, -1, -1, -1, -1, -1, 2, 8, 13, -1, -1);
+    const __m256i cross =
+        _mm256_setr_epi8(0, 5, 10, -1, -1, -1, -1, -1, 2, 8, 13, -1, -1, -1, -1,
+                         -1,  //
+                         -1, -1, -1, -1, -1, -1, 1, 4, 6, 9, 12, 14, -1, -1, -1, -1);
+    return _mm256_or_si256(_mm256_shuffle_epi8(s, stay),
+                           _mm256_permute4x64_epi64(_mm256_shuffle_epi8(s, cross), 0x4E));
+}
+
+constexpr size_t kSourceAhead = 8192;
+
+// One v210 row of `groups` groups (even) into 8-bit Y, Cb and Cr rows, or into
+// the Y row alone. Four groups a turn store 32 Y and 16 Cb and Cr bytes, 8 and 4
+// past their own, which the next turn rewrites; the last two or four groups go
+// through a buffer so that nothing lands past the row.
+void v210_row_to_planes8(const uint8_t* src, uint8_t* y, uint8_t* cb, uint8_t* cr, size_t groups,
+                         bool chroma) {
+    for (; groups >= 6; groups -= 4, src += 64, y += 24, cb += 12, cr += 12) {
+        // The hardware prefetcher alone leaves frames that come from DRAM at half
+        // their speed here: ask for the source line 8 KiB ahead.
+        prefetch(src, kSourceAhead);
+        const QuadSamples t = v210_quad_to_planes(src, chroma);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(y), t.y);
+        if (!chroma) continue;
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(cb), _mm256_castsi256_si128(t.c));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(cr), _mm256_extracti128_si256(t.c, 1));
+    }
+    alignas(32) uint8_t last[64];
+    if (groups == 4) {
+        const QuadSamples t = v210_quad_to_planes(src, chroma);
+        _mm256_store_si256(reinterpret_cast<__m256i*>(last), t.y);
+        _mm256_store_si256(reinterpret_cast<__m256i*>(last + 32), t.c);
+        std::memcpy(y, last, 24);
+        if (!chroma) return;
+        std::memcpy(cb, last + 32, 12);
+        std::memcpy(cr, last + 48, 12);
+    } else if (groups == 2) {
+        _mm256_store_si256(reinterpret_cast<__m256i*>(last), v210_pair_to_planes(src));
+        std::memcpy(y, last, 12);
+        if (!chroma) return;
+        std::memcpy(cb, last + 16, 6);
+        std::memcpy(cr, last + 24, 6);
+    }
+}
+
 // v210 to 8-bit planes; chroma row r (4:2:2) or r / 2 (4:2:0) at dstPitch / 2.
 void v210_to_planes8(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t width,
                      uint32_t height, uint32_t dstPitch, uint32_t srcPitch, bool full) {
@@ -127,18 +238,111 @@ void v210_to_planes8(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, u
         return;
     }
     const uint32_t sp = max_u32(v210_row_bytes(width), srcPitch);
-    const uint32_t groups = unpack_groups(width);
-    SampleRow row(size_t{12} * groups + 32);
-    uint8_t* t = row.data();
+    const size_t groups = unpack_groups(width);
     for (uint32_t r = 0; r < height; ++r) {
-        v210_groups_to_u8_avx2(t, src + static_cast<size_t>(r) * sp, groups, false);
         const size_t c = static_cast<size_t>(full ? r : r / 2) * (dstPitch / 2);
-        // 4:2:0: both rows of a pair write their chroma row, the odd one last.
-        // (Skipping the even row's write measured slower: the lines it brings
-        // into the cache are the ones the odd row then rewrites.)
-        split_row_avx2(t + 1, t, t + 2, y + static_cast<size_t>(r) * dstPitch, cb + c, cr + c,
-                       size_t{3} * groups, true);
+        // 4:2:0: the odd row's chroma is the one that remains, so an even row
+        // writes its chroma only when it is the last row.
+        const bool chroma = full || (r & 1) != 0 || r + 1 == height;
+        v210_row_to_planes8(src + static_cast<size_t>(r) * sp,
+                            y + static_cast<size_t>(r) * dstPitch, cb + c, cr + c, groups, chroma);
     }
+}
+
+// Two groups of 8-bit planar samples into v210 (32 bytes), one lane per group,
+// with no shuffle spent on gathering them: Y, Cb and Cr are loaded so that in
+// each lane every dword holds one plane's samples, and two dword blends make the
+// lane. Then the UYVY packer's arithmetic: each word's a << 2 | b << 12 through
+// one multiply-add of 16-bit halves, and c placed at bit 16 and shifted by 6.
+// `ab` and `c` pick each word's samples (UYVY order: Cb0 Y0 Cr0 Y1 Cb1 Y2 Cr1 Y3
+// Cb2 Y4 Cr2 Y5) from where the loads left them.
+inline __m256i pack_planar_lanes(__m256i m, __m256i ab, __m256i c) {
+    const __m256i weights = _mm256_set1_epi32(4 | (4096 << 16));
+    return _mm256_or_si256(_mm256_madd_epi16(_mm256_shuffle_epi8(m, ab), weights),
+                           _mm256_slli_epi32(_mm256_shuffle_epi8(m, c), 6));
+}
+
+inline __m256i bytes16_both_lanes(const uint8_t* p) {
+    return _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)));
+}
+
+// The pair at y[0..11], cb[0..5], cr[0..5], reading y[0..15] and cb[0..6],
+// cr[0..6]. Both lanes hold y[0..15] (group 0's Y in dwords 0-1, group 1's in
+// 1-2); cb[0..3] and cr[0..3] go to dwords 2 and 3 of the low lane, cb[3..6] and
+// cr[3..6] to dwords 0 and 3 of the high one.
+inline __m256i planar_pair_to_v210(const uint8_t* y, const uint8_t* cb, const uint8_t* cr) {
+    auto dword = [](const uint8_t* p) {
+        int32_t v;
+        std::memcpy(&v, p, 4);
+        return _mm256_set1_epi32(v);
+    };
+    __m256i m = bytes16_both_lanes(y);
+    m = _mm256_blend_epi32(m, dword(cb), 0x04);
+    m = _mm256_blend_epi32(m, dword(cb + 3), 0x10);
+    m = _mm256_blend_epi32(m, dword(cr), 0x08);
+    m = _mm256_blend_epi32(m, dword(cr + 3), 0x80);
+    return pack_planar_lanes(
+        m,
+        _mm256_setr_epi8(8, -1, 0, -1, 1, -1, 9, -1, 13, -1, 3, -1, 4, -1, 14, -1,  //
+                         0, -1, 6, -1, 7, -1, 1, -1, 13, -1, 9, -1, 10, -1, 14, -1),
+        _mm256_setr_epi8(-1, -1, 12, -1, -1, -1, 2, -1, -1, -1, 10, -1, -1, -1, 5, -1,  //
+                         -1, -1, 12, -1, -1, -1, 8, -1, -1, -1, 2, -1, -1, -1, 11, -1));
+}
+
+// The same pair with three loads and two blends, for pairs with 13 chroma bytes
+// before them and after them: y[0..15] in both lanes (group 0's Y in dwords 0-1,
+// group 1's in 1-2), cb[-9..6] in both lanes (cb[0..2] in dword 2 of the low
+// lane, cb[3..5] in dword 3 of the high one) and cr[-13..18] across the lanes
+// (cr[0..2] in dword 3 of the low lane, cr[3..5] in dword 0 of the high one).
+inline __m256i planar_pair_to_v210_inner(const uint8_t* y, const uint8_t* cb, const uint8_t* cr) {
+    __m256i m = _mm256_blend_epi32(bytes16_both_lanes(y), bytes16_both_lanes(cb - 9), 0x84);
+    m = _mm256_blend_epi32(m, _mm256_loadu_si256(reinterpret_cast<const __m256i*>(cr - 13)), 0x18);
+    return pack_planar_lanes(
+        m,
+        _mm256_setr_epi8(9, -1, 0, -1, 1, -1, 10, -1, 14, -1, 3, -1, 4, -1, 15, -1,  //
+                         12, -1, 6, -1, 7, -1, 13, -1, 1, -1, 9, -1, 10, -1, 2, -1),
+        _mm256_setr_epi8(-1, -1, 13, -1, -1, -1, 2, -1, -1, -1, 11, -1, -1, -1, 5, -1,  //
+                         -1, -1, 0, -1, -1, -1, 8, -1, -1, -1, 14, -1, -1, -1, 11, -1));
+}
+
+// One row of `groups` groups from 8-bit planes into v210, reading nothing outside
+// the row's 6 * groups Y and 3 * groups Cb and Cr bytes: the inner pairs take the
+// cheaper loads, the first three pairs and the last ones the four-load form.
+void planar_row_to_v210(uint8_t* dst, const uint8_t* y, const uint8_t* cb, const uint8_t* cr,
+                        uint32_t groups) {
+    uint32_t g = 0;
+    auto pair = [&](auto kernel) {
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst + 16 * g),
+                            kernel(y + 6 * g, cb + 3 * g, cr + 3 * g));
+        g += 2;
+    };
+    while (g < 6 && groups - g >= 4) pair(planar_pair_to_v210);
+    // Four pairs a turn, with the lines 4 KiB ahead in the Y row and 2 KiB
+    // ahead in the chroma rows requested (48 Y and 24 chroma bytes a turn).
+    while (groups - g >= 13) {
+        prefetch(y + 6 * g, 4096);
+        prefetch(cb + 3 * g, 2048);
+        prefetch(cr + 3 * g, 2048);
+        pair(planar_pair_to_v210_inner);
+        pair(planar_pair_to_v210_inner);
+        pair(planar_pair_to_v210_inner);
+        pair(planar_pair_to_v210_inner);
+    }
+    while (groups - g >= 7) pair(planar_pair_to_v210_inner);
+    while (groups - g >= 4) pair(planar_pair_to_v210);
+    // The last one to three groups: their samples copied out, packed as whole
+    // pairs, and only their own words copied back.
+    const uint32_t left = groups - g;
+    if (left == 0) return;
+    alignas(32) uint8_t ly[32] = {}, lcb[16] = {}, lcr[16] = {}, out[64];
+    std::memcpy(ly, y + 6 * g, 6 * left);
+    std::memcpy(lcb, cb + 3 * g, 3 * left);
+    std::memcpy(lcr, cr + 3 * g, 3 * left);
+    _mm256_store_si256(reinterpret_cast<__m256i*>(out), planar_pair_to_v210(ly, lcb, lcr));
+    if (left > 2)
+        _mm256_store_si256(reinterpret_cast<__m256i*>(out + 32),
+                           planar_pair_to_v210(ly + 12, lcb + 6, lcr + 6));
+    std::memcpy(dst + 16 * g, out, 16 * left);
 }
 
 // 8-bit rows in UYVY order into v210: the row builder fills `t` with the
@@ -183,12 +387,14 @@ unsigned int planar_to_v210(Planar from, uint8_t* dst, const uint8_t* src, uint3
                             uint32_t height, uint32_t dstPitch, uint32_t srcPitch) {
     const Planes p = planes_of(from, const_cast<uint8_t*>(src), srcPitch, height);
     const bool full = from == Planar::P422;
-    return pack_rows(dst, width, height, dstPitch, [&](uint32_t r, uint8_t* t, uint32_t groups) {
+    const uint32_t dp = max_u32(v210_row_bytes(width), dstPitch);
+    const uint32_t groups = (width + 5) / 6;
+    for (uint32_t r = 0; r < height; ++r) {
         const size_t c = static_cast<size_t>(full ? r : r / 2) * (width / 2);
-        merge_row_avx2(t + 1, t, t + 2, p.y + static_cast<size_t>(r) * width, p.cb + c, p.cr + c,
-                       size_t{3} * groups);
-        return const_cast<const uint8_t*>(t);
-    });
+        planar_row_to_v210(dst + static_cast<size_t>(r) * dp, p.y + static_cast<size_t>(r) * width,
+                           p.cb + c, p.cr + c, groups);
+    }
+    return height * v210_row_bytes(width);
 }
 
 }  // namespace
@@ -205,14 +411,21 @@ unsigned int pack_v210_u8_rows_avx2(uint8_t* dst, const uint8_t* y, const uint8_
                                     const uint8_t* cr, uint32_t width, uint32_t height,
                                     uint32_t dstPitch, uint32_t lumaPitch, uint32_t chromaPitch,
                                     uint32_t chromaStep) {
+    if (chromaStep == 1) {
+        const uint32_t dp = max_u32(v210_row_bytes(width), dstPitch);
+        const uint32_t groups = (width + 5) / 6;
+        for (uint32_t r = 0; r < height; ++r) {
+            const size_t c = static_cast<size_t>(r / 2) * chromaPitch;
+            planar_row_to_v210(dst + static_cast<size_t>(r) * dp,
+                               y + static_cast<size_t>(r) * lumaPitch, cb + c, cr + c, groups);
+        }
+        return height * v210_row_bytes(width);
+    }
     return pack_rows(dst, width, height, dstPitch, [&](uint32_t r, uint8_t* t, uint32_t groups) {
         const uint8_t* ly = y + static_cast<size_t>(r) * lumaPitch;
         const size_t c = static_cast<size_t>(r / 2) * chromaPitch;
         const size_t pairs = size_t{3} * groups;
-        if (chromaStep == 2)
-            merge_interleaved_row(t, ly, cb + c, pairs);
-        else
-            merge_row_avx2(t + 1, t, t + 2, ly, cb + c, cr + c, pairs);
+        merge_interleaved_row(t, ly, cb + c, pairs);
         return const_cast<const uint8_t*>(t);
     });
 }
