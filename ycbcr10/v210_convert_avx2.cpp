@@ -3,6 +3,8 @@
 // order change or a split into planes, in the row while it is in the cache.
 #include <immintrin.h>
 
+#include <type_traits>
+
 #include "frame/export.h"
 #include "platform/memory.h"
 #include "ycbcr10/v210.h"
@@ -290,59 +292,127 @@ inline __m256i planar_pair_to_v210(const uint8_t* y, const uint8_t* cb, const ui
 }
 
 // The same pair with three loads and two blends, for pairs with 13 chroma bytes
-// before them and after them: y[0..15] in both lanes (group 0's Y in dwords 0-1,
-// group 1's in 1-2), cb[-9..6] in both lanes (cb[0..2] in dword 2 of the low
-// lane, cb[3..5] in dword 3 of the high one) and cr[-13..18] across the lanes
-// (cr[0..2] in dword 3 of the low lane, cr[3..5] in dword 0 of the high one).
-inline __m256i planar_pair_to_v210_inner(const uint8_t* y, const uint8_t* cb, const uint8_t* cr) {
-    __m256i m = _mm256_blend_epi32(bytes16_both_lanes(y), bytes16_both_lanes(cb - 9), 0x84);
-    m = _mm256_blend_epi32(m, _mm256_loadu_si256(reinterpret_cast<const __m256i*>(cr - 13)), 0x18);
+// before them and after them. inner_chroma() takes cb[-9..6] in both lanes
+// (cb[0..2] in dword 2 of the low lane, cb[3..5] in dword 3 of the high one) and
+// cr[-13..18] across the lanes (cr[0..2] in dword 3 of the low lane, cr[3..5] in
+// dword 0 of the high one); planar_pair_inner() adds y[0..15] in both lanes
+// (group 0's Y in dwords 0-1, group 1's in 1-2). Two rows that share a chroma
+// row share the first step.
+inline __m256i inner_chroma(const uint8_t* cb, const uint8_t* cr) {
+    return _mm256_blend_epi32(bytes16_both_lanes(cb - 9),
+                              _mm256_loadu_si256(reinterpret_cast<const __m256i*>(cr - 13)), 0x18);
+}
+inline __m256i planar_pair_inner(const uint8_t* y, __m256i chroma) {
     return pack_planar_lanes(
-        m,
+        _mm256_blend_epi32(bytes16_both_lanes(y), chroma, 0x9C),
         _mm256_setr_epi8(9, -1, 0, -1, 1, -1, 10, -1, 14, -1, 3, -1, 4, -1, 15, -1,  //
                          12, -1, 6, -1, 7, -1, 13, -1, 1, -1, 9, -1, 10, -1, 2, -1),
         _mm256_setr_epi8(-1, -1, 13, -1, -1, -1, 2, -1, -1, -1, 11, -1, -1, -1, 5, -1,  //
                          -1, -1, 0, -1, -1, -1, 8, -1, -1, -1, 14, -1, -1, -1, 11, -1));
 }
 
-// One row of `groups` groups from 8-bit planes into v210, reading nothing outside
-// the row's 6 * groups Y and 3 * groups Cb and Cr bytes: the inner pairs take the
-// cheaper loads, the first three pairs and the last ones the four-load form.
-void planar_row_to_v210(uint8_t* dst, const uint8_t* y, const uint8_t* cb, const uint8_t* cr,
-                        uint32_t groups) {
-    uint32_t g = 0;
-    auto pair = [&](auto kernel) {
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst + 16 * g),
-                            kernel(y + 6 * g, cb + 3 * g, cr + 3 * g));
-        g += 2;
-    };
-    while (g < 6 && groups - g >= 4) pair(planar_pair_to_v210);
-    // Four pairs a turn, with the lines 4 KiB ahead in the Y row and 2 KiB
-    // ahead in the chroma rows requested (48 Y and 24 chroma bytes a turn).
-    while (groups - g >= 13) {
-        prefetch(y + 6 * g, 4096);
-        prefetch(cb + 3 * g, 2048);
-        prefetch(cr + 3 * g, 2048);
-        pair(planar_pair_to_v210_inner);
-        pair(planar_pair_to_v210_inner);
-        pair(planar_pair_to_v210_inner);
-        pair(planar_pair_to_v210_inner);
-    }
-    while (groups - g >= 7) pair(planar_pair_to_v210_inner);
-    while (groups - g >= 4) pair(planar_pair_to_v210);
-    // The last one to three groups: their samples copied out, packed as whole
-    // pairs, and only their own words copied back.
-    const uint32_t left = groups - g;
-    if (left == 0) return;
+// The last one to three groups of a row: their samples copied out, packed as
+// whole pairs, and only their own words copied back (sizes fixed per case, so
+// that the copies are a few moves rather than calls).
+template <uint32_t Left>
+void planar_groups_to_v210(uint8_t* dst, const uint8_t* y, const uint8_t* cb, const uint8_t* cr) {
     alignas(32) uint8_t ly[32] = {}, lcb[16] = {}, lcr[16] = {}, out[64];
-    std::memcpy(ly, y + 6 * g, 6 * left);
-    std::memcpy(lcb, cb + 3 * g, 3 * left);
-    std::memcpy(lcr, cr + 3 * g, 3 * left);
+    std::memcpy(ly, y, 6 * Left);
+    std::memcpy(lcb, cb, 3 * Left);
+    std::memcpy(lcr, cr, 3 * Left);
     _mm256_store_si256(reinterpret_cast<__m256i*>(out), planar_pair_to_v210(ly, lcb, lcr));
-    if (left > 2)
+    if (Left > 2)
         _mm256_store_si256(reinterpret_cast<__m256i*>(out + 32),
                            planar_pair_to_v210(ly + 12, lcb + 6, lcr + 6));
-    std::memcpy(dst + 16 * g, out, 16 * left);
+    std::memcpy(dst, out, 16 * Left);
+}
+
+// One row of `groups` groups from 8-bit planes into v210, or two rows (Two) with
+// the same chroma row, reading nothing outside the rows' 6 * groups Y and
+// 3 * groups Cb and Cr bytes: the inner pairs take the cheaper loads, the first
+// three pairs and the last ones the four-load form. With Stream the pairs go
+// out with streaming stores (rows 32-byte aligned; the caller fences).
+template <bool Two, bool Stream>
+void planar_rows_to_v210(uint8_t* d0, uint8_t* d1, const uint8_t* y0, const uint8_t* y1,
+                         const uint8_t* cb, const uint8_t* cr, uint32_t groups) {
+    uint32_t g = 0;
+    auto store = [](uint8_t* d, __m256i v) {
+        if (Stream)
+            _mm256_stream_si256(reinterpret_cast<__m256i*>(d), v);
+        else
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), v);
+    };
+    auto edge = [&] {
+        store(d0 + 16 * g, planar_pair_to_v210(y0 + 6 * g, cb + 3 * g, cr + 3 * g));
+        if (Two) store(d1 + 16 * g, planar_pair_to_v210(y1 + 6 * g, cb + 3 * g, cr + 3 * g));
+        g += 2;
+    };
+    auto inner = [&] {
+        const __m256i c = inner_chroma(cb + 3 * g, cr + 3 * g);
+        store(d0 + 16 * g, planar_pair_inner(y0 + 6 * g, c));
+        if (Two) store(d1 + 16 * g, planar_pair_inner(y1 + 6 * g, c));
+        g += 2;
+    };
+    while (g < 6 && groups - g >= 4) edge();
+    // Four pairs a turn, with the lines 4 KiB ahead in the Y rows and 2 KiB
+    // ahead in the chroma rows requested (48 Y and 24 chroma bytes a turn).
+    while (groups - g >= 13) {
+        prefetch(y0 + 6 * g, 16384);
+        if (Two) prefetch(y1 + 6 * g, 16384);
+        prefetch(cb + 3 * g, 8192);
+        prefetch(cr + 3 * g, 8192);
+        inner();
+        inner();
+        inner();
+        inner();
+    }
+    while (groups - g >= 7) inner();
+    while (groups - g >= 4) edge();
+    auto last = [&](auto left) {
+        constexpr uint32_t kLeft = decltype(left)::value;
+        planar_groups_to_v210<kLeft>(d0 + 16 * g, y0 + 6 * g, cb + 3 * g, cr + 3 * g);
+        if (Two) planar_groups_to_v210<kLeft>(d1 + 16 * g, y1 + 6 * g, cb + 3 * g, cr + 3 * g);
+    };
+    switch (groups - g) {
+        case 1:
+            last(std::integral_constant<uint32_t, 1>{});
+            break;
+        case 2:
+            last(std::integral_constant<uint32_t, 2>{});
+            break;
+        case 3:
+            last(std::integral_constant<uint32_t, 3>{});
+            break;
+        default:
+            break;
+    }
+}
+
+// 8-bit planes into v210 rows at dstPitch (at least v210_row_bytes(width)): luma
+// row r at y + r * lumaPitch, chroma row r (full) or r / 2 at chromaPitch. Rows
+// that share a chroma row are done together.
+void planes_to_v210(uint8_t* dst, const uint8_t* y, const uint8_t* cb, const uint8_t* cr,
+                    uint32_t width, uint32_t height, uint32_t dstPitch, uint32_t lumaPitch,
+                    uint32_t chromaPitch, bool full) {
+    const uint32_t dp = max_u32(v210_row_bytes(width), dstPitch);
+    const uint32_t groups = (width + 5) / 6;
+    const bool stream = stream_frame(dst, dp, height);
+    for (uint32_t r = 0; r < height;) {
+        const size_t c = static_cast<size_t>(full ? r : r / 2) * chromaPitch;
+        uint8_t* d = dst + static_cast<size_t>(r) * dp;
+        const uint8_t* ly = y + static_cast<size_t>(r) * lumaPitch;
+        const bool one = full || r + 1 == height;
+        if (one && stream)
+            planar_rows_to_v210<false, true>(d, nullptr, ly, nullptr, cb + c, cr + c, groups);
+        else if (one)
+            planar_rows_to_v210<false, false>(d, nullptr, ly, nullptr, cb + c, cr + c, groups);
+        else if (stream)
+            planar_rows_to_v210<true, true>(d, d + dp, ly, ly + lumaPitch, cb + c, cr + c, groups);
+        else
+            planar_rows_to_v210<true, false>(d, d + dp, ly, ly + lumaPitch, cb + c, cr + c, groups);
+        r += one ? 1 : 2;
+    }
+    if (stream) _mm_sfence();
 }
 
 // 8-bit rows in UYVY order into v210: the row builder fills `t` with the
@@ -386,14 +456,8 @@ unsigned int packed_to_v210(Packed from, uint8_t* dst, const uint8_t* src, uint3
 unsigned int planar_to_v210(Planar from, uint8_t* dst, const uint8_t* src, uint32_t width,
                             uint32_t height, uint32_t dstPitch, uint32_t srcPitch) {
     const Planes p = planes_of(from, const_cast<uint8_t*>(src), srcPitch, height);
-    const bool full = from == Planar::P422;
-    const uint32_t dp = max_u32(v210_row_bytes(width), dstPitch);
-    const uint32_t groups = (width + 5) / 6;
-    for (uint32_t r = 0; r < height; ++r) {
-        const size_t c = static_cast<size_t>(full ? r : r / 2) * (width / 2);
-        planar_row_to_v210(dst + static_cast<size_t>(r) * dp, p.y + static_cast<size_t>(r) * width,
-                           p.cb + c, p.cr + c, groups);
-    }
+    planes_to_v210(dst, p.y, p.cb, p.cr, width, height, dstPitch, width, width / 2,
+                   from == Planar::P422);
     return height * v210_row_bytes(width);
 }
 
@@ -412,13 +476,7 @@ unsigned int pack_v210_u8_rows_avx2(uint8_t* dst, const uint8_t* y, const uint8_
                                     uint32_t dstPitch, uint32_t lumaPitch, uint32_t chromaPitch,
                                     uint32_t chromaStep) {
     if (chromaStep == 1) {
-        const uint32_t dp = max_u32(v210_row_bytes(width), dstPitch);
-        const uint32_t groups = (width + 5) / 6;
-        for (uint32_t r = 0; r < height; ++r) {
-            const size_t c = static_cast<size_t>(r / 2) * chromaPitch;
-            planar_row_to_v210(dst + static_cast<size_t>(r) * dp,
-                               y + static_cast<size_t>(r) * lumaPitch, cb + c, cr + c, groups);
-        }
+        planes_to_v210(dst, y, cb, cr, width, height, dstPitch, lumaPitch, chromaPitch, false);
         return height * v210_row_bytes(width);
     }
     return pack_rows(dst, width, height, dstPitch, [&](uint32_t r, uint8_t* t, uint32_t groups) {
