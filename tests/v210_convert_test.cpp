@@ -231,6 +231,36 @@ TEST(V210Entries, FourTwoZeroKeepsOddRowChroma) {
         }
 }
 
+// Destinations of 8 MiB and more go out with streaming stores, and the rows of a
+// 4:2:0 frame are packed two at a time: a frame that large (odd height, so the
+// last row is packed alone; a width whose last pair is short) gives the engine's
+// bytes, and a misaligned destination takes the cached path to the same bytes.
+TEST(V210Entries, LargeFramesPackLikeTheEngine) {
+    CYCBCR_REQUIRE_AVX2();
+    const uint32_t w = 1916, h = 1643, rb = v210_row_bytes(w);
+    ASSERT_GE(size_t{rb} * h, size_t{8} << 20);
+    const auto planar = random_bytes(size_t{w} * h * 2, 91);
+    struct Case {
+        Converter twin;
+        bool full;
+    };
+    for (const Case& c :
+         {Case{cycbcr_i420_to_012v_avx2, false}, Case{cycbcr_p422_to_012v_avx2, true}})
+        for (size_t offset : {0, 16}) {
+            std::vector<uint8_t> want(size_t{rb} * h + 64), got(want.size() + 64);
+            const uint8_t* y = planar.data();
+            const uint8_t* cb = y + size_t{w} * h;
+            const uint8_t* cr = cb + (c.full ? size_t{w} * h / 2 : size_t{w} * h / 4);
+            ASSERT_EQ(Tov210(want.data(), y, cb, cr, w, h, rb, w, c.full ? 1 : 0, 1), h * rb);
+            // The first 32-byte aligned byte of `got`, plus the offset.
+            uint8_t* dst =
+                got.data() + offset + (32 - reinterpret_cast<uintptr_t>(got.data()) % 32) % 32;
+            ASSERT_EQ(c.twin(dst, planar.data(), w, h, rb, w), h * rb);
+            ASSERT_TRUE(std::equal(want.begin(), want.begin() + size_t{rb} * h, dst))
+                << (c.full ? "p422" : "i420") << " offset " << offset;
+        }
+}
+
 // cyuv holds Fromv210's truncated samples in UYVY order, flipped; the UYVY
 // converter rounds, so the two differ by one exactly where a sample up to 1020
 // has 2 or 3 in its low bits.
