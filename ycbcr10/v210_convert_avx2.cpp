@@ -1,6 +1,7 @@
-// AVX2 twins of the v210 <-> 8-bit entries. Each row goes through the same
-// vector kernels: v210 groups to samples in UYVY order (or back), then a byte
-// order change or a split into planes, in the row while it is in the cache.
+// AVX2 twins of the v210 <-> 8-bit entries. Packed rows go through v210 groups
+// to samples in UYVY order (or back) and a byte order change in the row while it
+// is in the cache; 8-bit planes are split from, or packed into, v210 groups
+// directly, four or two groups a turn.
 #include <immintrin.h>
 
 #include <type_traits>
