@@ -338,28 +338,29 @@ void planar_rows_to_v210(uint8_t* d0, uint8_t* d1, const uint8_t* y0, const uint
                          const uint8_t* cb, const uint8_t* cr, uint32_t groups) {
     uint32_t g = 0;
     auto store = [](uint8_t* d, __m256i v) {
-        if (Stream)
+        if constexpr (Stream)
             _mm256_stream_si256(reinterpret_cast<__m256i*>(d), v);
         else
             _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), v);
     };
     auto edge = [&] {
         store(d0 + 16 * g, planar_pair_to_v210(y0 + 6 * g, cb + 3 * g, cr + 3 * g));
-        if (Two) store(d1 + 16 * g, planar_pair_to_v210(y1 + 6 * g, cb + 3 * g, cr + 3 * g));
+        if constexpr (Two)
+            store(d1 + 16 * g, planar_pair_to_v210(y1 + 6 * g, cb + 3 * g, cr + 3 * g));
         g += 2;
     };
     auto inner = [&] {
         const __m256i c = inner_chroma(cb + 3 * g, cr + 3 * g);
         store(d0 + 16 * g, planar_pair_inner(y0 + 6 * g, c));
-        if (Two) store(d1 + 16 * g, planar_pair_inner(y1 + 6 * g, c));
+        if constexpr (Two) store(d1 + 16 * g, planar_pair_inner(y1 + 6 * g, c));
         g += 2;
     };
     while (g < 6 && groups - g >= 4) edge();
-    // Four pairs a turn, with the lines 4 KiB ahead in the Y rows and 2 KiB
+    // Four pairs a turn, with the lines 16 KiB ahead in the Y rows and 8 KiB
     // ahead in the chroma rows requested (48 Y and 24 chroma bytes a turn).
     while (groups - g >= 13) {
         prefetch(y0 + 6 * g, 16384);
-        if (Two) prefetch(y1 + 6 * g, 16384);
+        if constexpr (Two) prefetch(y1 + 6 * g, 16384);
         prefetch(cb + 3 * g, 8192);
         prefetch(cr + 3 * g, 8192);
         inner();
@@ -372,7 +373,8 @@ void planar_rows_to_v210(uint8_t* d0, uint8_t* d1, const uint8_t* y0, const uint
     auto last = [&](auto left) {
         constexpr uint32_t kLeft = decltype(left)::value;
         planar_groups_to_v210<kLeft>(d0 + 16 * g, y0 + 6 * g, cb + 3 * g, cr + 3 * g);
-        if (Two) planar_groups_to_v210<kLeft>(d1 + 16 * g, y1 + 6 * g, cb + 3 * g, cr + 3 * g);
+        if constexpr (Two)
+            planar_groups_to_v210<kLeft>(d1 + 16 * g, y1 + 6 * g, cb + 3 * g, cr + 3 * g);
     };
     switch (groups - g) {
         case 1:
@@ -398,20 +400,21 @@ void planes_to_v210(uint8_t* dst, const uint8_t* y, const uint8_t* cb, const uin
     const uint32_t dp = max_u32(v210_row_bytes(width), dstPitch);
     const uint32_t groups = (width + 5) / 6;
     const bool stream = stream_frame(dst, dp, height);
+    using Rows = void (*)(uint8_t*, uint8_t*, const uint8_t*, const uint8_t*, const uint8_t*,
+                          const uint8_t*, uint32_t);
+    const Rows one = stream ? planar_rows_to_v210<false, true> : planar_rows_to_v210<false, false>;
+    const Rows two = stream ? planar_rows_to_v210<true, true> : planar_rows_to_v210<true, false>;
     for (uint32_t r = 0; r < height;) {
         const size_t c = static_cast<size_t>(full ? r : r / 2) * chromaPitch;
         uint8_t* d = dst + static_cast<size_t>(r) * dp;
         const uint8_t* ly = y + static_cast<size_t>(r) * lumaPitch;
-        const bool one = full || r + 1 == height;
-        if (one && stream)
-            planar_rows_to_v210<false, true>(d, nullptr, ly, nullptr, cb + c, cr + c, groups);
-        else if (one)
-            planar_rows_to_v210<false, false>(d, nullptr, ly, nullptr, cb + c, cr + c, groups);
-        else if (stream)
-            planar_rows_to_v210<true, true>(d, d + dp, ly, ly + lumaPitch, cb + c, cr + c, groups);
-        else
-            planar_rows_to_v210<true, false>(d, d + dp, ly, ly + lumaPitch, cb + c, cr + c, groups);
-        r += one ? 1 : 2;
+        if (full || r + 1 == height) {
+            one(d, nullptr, ly, nullptr, cb + c, cr + c, groups);
+            r += 1;
+        } else {
+            two(d, d + dp, ly, ly + lumaPitch, cb + c, cr + c, groups);
+            r += 2;
+        }
     }
     if (stream) _mm_sfence();
 }
