@@ -269,16 +269,18 @@ inline __m256i bytes16_both_lanes(const uint8_t* p) {
     return _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)));
 }
 
+inline __m256i dword_all_lanes(const uint8_t* p) {
+    int32_t v;
+    std::memcpy(&v, p, 4);
+    return _mm256_set1_epi32(v);
+}
+
 // The pair at y[0..11], cb[0..5], cr[0..5], reading y[0..15] and cb[0..6],
 // cr[0..6]. Both lanes hold y[0..15] (group 0's Y in dwords 0-1, group 1's in
 // 1-2); cb[0..3] and cr[0..3] go to dwords 2 and 3 of the low lane, cb[3..6] and
 // cr[3..6] to dwords 0 and 3 of the high one.
 inline __m256i planar_pair_to_v210(const uint8_t* y, const uint8_t* cb, const uint8_t* cr) {
-    auto dword = [](const uint8_t* p) {
-        int32_t v;
-        std::memcpy(&v, p, 4);
-        return _mm256_set1_epi32(v);
-    };
+    constexpr auto dword = dword_all_lanes;
     __m256i m = bytes16_both_lanes(y);
     m = _mm256_blend_epi32(m, dword(cb), 0x04);
     m = _mm256_blend_epi32(m, dword(cb + 3), 0x10);
@@ -290,6 +292,25 @@ inline __m256i planar_pair_to_v210(const uint8_t* y, const uint8_t* cb, const ui
                          0, -1, 6, -1, 7, -1, 1, -1, 13, -1, 9, -1, 10, -1, 14, -1),
         _mm256_setr_epi8(-1, -1, 12, -1, -1, -1, 2, -1, -1, -1, 10, -1, -1, -1, 5, -1,  //
                          -1, -1, 12, -1, -1, -1, 8, -1, -1, -1, 2, -1, -1, -1, 11, -1));
+}
+
+// The same pair with every read ending inside it, for the last pair of a row:
+// y[-4..11] in both lanes (group 0's Y in dwords 1-2, group 1's in 2-3), cb[0..3]
+// and cr[0..3] in dwords 0 and 3 of the low lane, cb[2..5] and cr[2..5] in dwords
+// 0 and 1 of the high one.
+inline __m256i planar_pair_at_end(const uint8_t* y, const uint8_t* cb, const uint8_t* cr) {
+    constexpr auto dword = dword_all_lanes;
+    __m256i m = bytes16_both_lanes(y - 4);
+    m = _mm256_blend_epi32(m, dword(cb), 0x01);
+    m = _mm256_blend_epi32(m, dword(cb + 2), 0x10);
+    m = _mm256_blend_epi32(m, dword(cr), 0x08);
+    m = _mm256_blend_epi32(m, dword(cr + 2), 0x20);
+    return pack_planar_lanes(
+        m,
+        _mm256_setr_epi8(0, -1, 4, -1, 5, -1, 1, -1, 13, -1, 7, -1, 8, -1, 14, -1,  //
+                         1, -1, 10, -1, 11, -1, 2, -1, 6, -1, 13, -1, 14, -1, 7, -1),
+        _mm256_setr_epi8(-1, -1, 12, -1, -1, -1, 6, -1, -1, -1, 2, -1, -1, -1, 9, -1,  //
+                         -1, -1, 5, -1, -1, -1, 12, -1, -1, -1, 3, -1, -1, -1, 15, -1));
 }
 
 // The same pair with three loads and two blends, for pairs with 13 chroma bytes
@@ -312,36 +333,38 @@ inline __m256i planar_pair_inner(const uint8_t* y, __m256i chroma) {
                          -1, -1, 0, -1, -1, -1, 8, -1, -1, -1, 14, -1, -1, -1, 11, -1));
 }
 
-// The last one to three groups of a row: their samples copied out, packed as
-// whole pairs, and only their own words copied back (sizes fixed per case, so
-// that the copies are a few moves rather than calls).
-template <uint32_t Left>
+// A row of one or two groups: the samples copied out, packed as a whole pair, and
+// only the row's own words copied back.
+template <uint32_t Groups>
 void planar_groups_to_v210(uint8_t* dst, const uint8_t* y, const uint8_t* cb, const uint8_t* cr) {
-    alignas(32) uint8_t ly[32] = {}, lcb[16] = {}, lcr[16] = {}, out[64];
-    std::memcpy(ly, y, 6 * Left);
-    std::memcpy(lcb, cb, 3 * Left);
-    std::memcpy(lcr, cr, 3 * Left);
+    alignas(32) uint8_t ly[16] = {}, lcb[8] = {}, lcr[8] = {}, out[32];
+    std::memcpy(ly, y, 6 * Groups);
+    std::memcpy(lcb, cb, 3 * Groups);
+    std::memcpy(lcr, cr, 3 * Groups);
     _mm256_store_si256(reinterpret_cast<__m256i*>(out), planar_pair_to_v210(ly, lcb, lcr));
-    if (Left > 2)
-        _mm256_store_si256(reinterpret_cast<__m256i*>(out + 32),
-                           planar_pair_to_v210(ly + 12, lcb + 6, lcr + 6));
-    std::memcpy(dst, out, 16 * Left);
+    std::memcpy(dst, out, 16 * Groups);
 }
 
 // One row of `groups` groups from 8-bit planes into v210, or two rows (Two) with
 // the same chroma row, reading nothing outside the rows' 6 * groups Y and
 // 3 * groups Cb and Cr bytes: the inner pairs take the cheaper loads, the first
-// three pairs and the last ones the four-load form. With Stream the pairs go
+// three pairs and the last ones the four-load forms. With Stream the pairs go
 // out with streaming stores (rows 32-byte aligned; the caller fences).
 template <bool Two, bool Stream>
 void planar_rows_to_v210(uint8_t* d0, uint8_t* d1, const uint8_t* y0, const uint8_t* y1,
-                         const uint8_t* cb, const uint8_t* cr, uint32_t groups) {
+                         const uint8_t* cb, const uint8_t* cr, uint32_t groups, size_t ahead) {
     uint32_t g = 0;
     auto store = [](uint8_t* d, __m256i v) {
         if constexpr (Stream)
             _mm256_stream_si256(reinterpret_cast<__m256i*>(d), v);
         else
             _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), v);
+    };
+    auto store_high = [](uint8_t* d, __m256i v) {
+        if constexpr (Stream)
+            _mm_stream_si128(reinterpret_cast<__m128i*>(d), _mm256_extracti128_si256(v, 1));
+        else
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm256_extracti128_si256(v, 1));
     };
     auto edge = [&] {
         store(d0 + 16 * g, planar_pair_to_v210(y0 + 6 * g, cb + 3 * g, cr + 3 * g));
@@ -356,38 +379,59 @@ void planar_rows_to_v210(uint8_t* d0, uint8_t* d1, const uint8_t* y0, const uint
         g += 2;
     };
     while (g < 6 && groups - g >= 4) edge();
-    // Four pairs a turn, with the lines 16 KiB ahead in the Y rows and 8 KiB
-    // ahead in the chroma rows requested (48 Y and 24 chroma bytes a turn).
-    while (groups - g >= 13) {
-        prefetch(y0 + 6 * g, 16384);
-        if constexpr (Two) prefetch(y1 + 6 * g, 16384);
-        prefetch(cb + 3 * g, 8192);
-        prefetch(cr + 3 * g, 8192);
-        inner();
-        inner();
-        inner();
-        inner();
+    // Four pairs a turn (48 Y and 24 chroma bytes of each row), moving pointers
+    // rather than indexing, with the Y lines `ahead` bytes on and the chroma
+    // lines half that requested.
+    if (groups - g >= 13) {
+        const size_t turns = (groups - g - 5) / 8;
+        const uint8_t *ly0 = y0 + 6 * g, *ly1 = Two ? y1 + 6 * g : nullptr;
+        const uint8_t *lb = cb + 3 * g, *lr = cr + 3 * g;
+        uint8_t *ld0 = d0 + 16 * g, *ld1 = Two ? d1 + 16 * g : nullptr;
+        for (size_t t = 0; t < turns; ++t) {
+            prefetch(ly0, ahead);
+            if constexpr (Two) prefetch(ly1, ahead);
+            prefetch(lb, ahead / 2);
+            prefetch(lr, ahead / 2);
+            for (int k = 0; k < 4; ++k) {
+                const __m256i c = inner_chroma(lb + 6 * k, lr + 6 * k);
+                store(ld0 + 32 * k, planar_pair_inner(ly0 + 12 * k, c));
+                if constexpr (Two) store(ld1 + 32 * k, planar_pair_inner(ly1 + 12 * k, c));
+            }
+            ly0 += 48;
+            lb += 24;
+            lr += 24;
+            ld0 += 128;
+            if constexpr (Two) {
+                ly1 += 48;
+                ld1 += 128;
+            }
+        }
+        g += static_cast<uint32_t>(8 * turns);
     }
     while (groups - g >= 7) inner();
     while (groups - g >= 4) edge();
-    auto last = [&](auto left) {
-        constexpr uint32_t kLeft = decltype(left)::value;
-        planar_groups_to_v210<kLeft>(d0 + 16 * g, y0 + 6 * g, cb + 3 * g, cr + 3 * g);
+    if (groups - g == 3) edge();
+    if (g == 0) {
+        if (groups == 2) {
+            planar_groups_to_v210<2>(d0, y0, cb, cr);
+            if constexpr (Two) planar_groups_to_v210<2>(d1, y1, cb, cr);
+        } else if (groups == 1) {
+            planar_groups_to_v210<1>(d0, y0, cb, cr);
+            if constexpr (Two) planar_groups_to_v210<1>(d1, y1, cb, cr);
+        }
+        return;
+    }
+    // The last pair's reads end with the row. A single last group is packed with
+    // the group before it, and only its own half is stored.
+    if (groups - g == 2) {
+        store(d0 + 16 * g, planar_pair_at_end(y0 + 6 * g, cb + 3 * g, cr + 3 * g));
         if constexpr (Two)
-            planar_groups_to_v210<kLeft>(d1 + 16 * g, y1 + 6 * g, cb + 3 * g, cr + 3 * g);
-    };
-    switch (groups - g) {
-        case 1:
-            last(std::integral_constant<uint32_t, 1>{});
-            break;
-        case 2:
-            last(std::integral_constant<uint32_t, 2>{});
-            break;
-        case 3:
-            last(std::integral_constant<uint32_t, 3>{});
-            break;
-        default:
-            break;
+            store(d1 + 16 * g, planar_pair_at_end(y1 + 6 * g, cb + 3 * g, cr + 3 * g));
+    } else if (groups - g == 1) {
+        const uint32_t p = g - 1;
+        store_high(d0 + 16 * g, planar_pair_at_end(y0 + 6 * p, cb + 3 * p, cr + 3 * p));
+        if constexpr (Two)
+            store_high(d1 + 16 * g, planar_pair_at_end(y1 + 6 * p, cb + 3 * p, cr + 3 * p));
     }
 }
 
@@ -400,8 +444,12 @@ void planes_to_v210(uint8_t* dst, const uint8_t* y, const uint8_t* cb, const uin
     const uint32_t dp = max_u32(v210_row_bytes(width), dstPitch);
     const uint32_t groups = (width + 5) / 6;
     const bool stream = stream_frame(dst, dp, height);
+    // Source lines requested ahead of use: far ahead when the frame is too large
+    // to stay in the cache between calls, near otherwise (a far request then only
+    // crowds out lines still to be used).
+    const size_t ahead = static_cast<size_t>(dp) * height >= kStreamBytes ? 16384 : 4096;
     using Rows = void (*)(uint8_t*, uint8_t*, const uint8_t*, const uint8_t*, const uint8_t*,
-                          const uint8_t*, uint32_t);
+                          const uint8_t*, uint32_t, size_t);
     const Rows one = stream ? planar_rows_to_v210<false, true> : planar_rows_to_v210<false, false>;
     const Rows two = stream ? planar_rows_to_v210<true, true> : planar_rows_to_v210<true, false>;
     for (uint32_t r = 0; r < height;) {
@@ -409,10 +457,10 @@ void planes_to_v210(uint8_t* dst, const uint8_t* y, const uint8_t* cb, const uin
         uint8_t* d = dst + static_cast<size_t>(r) * dp;
         const uint8_t* ly = y + static_cast<size_t>(r) * lumaPitch;
         if (full || r + 1 == height) {
-            one(d, nullptr, ly, nullptr, cb + c, cr + c, groups);
+            one(d, nullptr, ly, nullptr, cb + c, cr + c, groups, ahead);
             r += 1;
         } else {
-            two(d, d + dp, ly, ly + lumaPitch, cb + c, cr + c, groups);
+            two(d, d + dp, ly, ly + lumaPitch, cb + c, cr + c, groups, ahead);
             r += 2;
         }
     }
