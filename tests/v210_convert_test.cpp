@@ -231,10 +231,11 @@ TEST(V210Entries, FourTwoZeroKeepsOddRowChroma) {
         }
 }
 
-// Destinations of 8 MiB and more go out with streaming stores, and the rows of a
-// 4:2:0 frame are packed two at a time: a frame that large (odd height, so the
-// last row is packed alone; a width whose last pair is short) gives the engine's
-// bytes, and a misaligned destination takes the cached path to the same bytes.
+// Destinations of 8 MiB and more go out with streaming stores, whole or in
+// halves, and the rows of a 4:2:0 frame are packed two at a time: a frame that
+// large (odd height, so the last row is packed alone; a width whose last pair is
+// short) gives the engine's bytes from a 32-byte aligned destination, a 16-byte
+// aligned one, and one that takes the cached path.
 TEST(V210Entries, LargeFramesPackLikeTheEngine) {
     CYCBCR_REQUIRE_AVX2();
     const uint32_t w = 1916, h = 1643, rb = v210_row_bytes(w);
@@ -247,7 +248,7 @@ TEST(V210Entries, LargeFramesPackLikeTheEngine) {
     };
     for (const Case& c :
          {Case{cycbcr_i420_to_012v_avx2, false}, Case{cycbcr_p422_to_012v_avx2, true}})
-        for (size_t offset : {0, 16}) {
+        for (size_t offset : {0, 16, 8}) {
             std::vector<uint8_t> want(size_t{rb} * h + 64), got(want.size() + 64);
             const uint8_t* y = planar.data();
             const uint8_t* cb = y + size_t{w} * h;

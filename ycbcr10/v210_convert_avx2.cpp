@@ -348,23 +348,29 @@ void planar_groups_to_v210(uint8_t* dst, const uint8_t* y, const uint8_t* cb, co
 // One row of `groups` groups from 8-bit planes into v210, or two rows (Two) with
 // the same chroma row, reading nothing outside the rows' 6 * groups Y and
 // 3 * groups Cb and Cr bytes: the inner pairs take the cheaper loads, the first
-// three pairs and the last ones the four-load forms. With Stream the pairs go
-// out with streaming stores (rows 32-byte aligned; the caller fences).
-template <bool Two, bool Stream>
+// three pairs and the last ones the four-load forms. Unless Out is Cached the
+// pairs go out with streaming stores, whole (Stream32: rows 32-byte aligned) or
+// in halves (Stream16: rows 16-byte aligned); the caller fences.
+enum class Out { Cached, Stream32, Stream16 };
+template <bool Two, Out Store>
 void planar_rows_to_v210(uint8_t* d0, uint8_t* d1, const uint8_t* y0, const uint8_t* y1,
                          const uint8_t* cb, const uint8_t* cr, uint32_t groups, size_t ahead) {
     uint32_t g = 0;
-    auto store = [](uint8_t* d, __m256i v) {
-        if constexpr (Stream)
-            _mm256_stream_si256(reinterpret_cast<__m256i*>(d), v);
-        else
-            _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), v);
-    };
     auto store_high = [](uint8_t* d, __m256i v) {
-        if constexpr (Stream)
-            _mm_stream_si128(reinterpret_cast<__m128i*>(d), _mm256_extracti128_si256(v, 1));
-        else
+        if constexpr (Store == Out::Cached)
             _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm256_extracti128_si256(v, 1));
+        else
+            _mm_stream_si128(reinterpret_cast<__m128i*>(d), _mm256_extracti128_si256(v, 1));
+    };
+    auto store = [&](uint8_t* d, __m256i v) {
+        if constexpr (Store == Out::Stream32) {
+            _mm256_stream_si256(reinterpret_cast<__m256i*>(d), v);
+        } else if constexpr (Store == Out::Stream16) {
+            _mm_stream_si128(reinterpret_cast<__m128i*>(d), _mm256_castsi256_si128(v));
+            store_high(d + 16, v);
+        } else {
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), v);
+        }
     };
     auto edge = [&] {
         store(d0 + 16 * g, planar_pair_to_v210(y0 + 6 * g, cb + 3 * g, cr + 3 * g));
@@ -443,15 +449,31 @@ void planes_to_v210(uint8_t* dst, const uint8_t* y, const uint8_t* cb, const uin
                     uint32_t chromaPitch, bool full) {
     const uint32_t dp = max_u32(v210_row_bytes(width), dstPitch);
     const uint32_t groups = (width + 5) / 6;
-    const bool stream = stream_frame(dst, dp, height);
-    // Source lines requested ahead of use: far ahead when the frame is too large
-    // to stay in the cache between calls, near otherwise (a far request then only
-    // crowds out lines still to be used).
-    const size_t ahead = static_cast<size_t>(dp) * height >= kStreamBytes ? 16384 : 4096;
+    // A frame too large to stay in the cache between calls goes out with
+    // streaming stores when its rows are 16-byte aligned, and has its source
+    // lines requested far ahead of use; a smaller one near (a far request then
+    // only crowds out lines still to be used).
+    const bool large = static_cast<size_t>(dp) * height >= kStreamBytes;
+    const size_t ahead = large ? 16384 : 4096;
+    const uintptr_t align = reinterpret_cast<uintptr_t>(dst) | dp;
+    const Out out = !large || (align & 15) != 0 ? Out::Cached
+                    : (align & 31) != 0         ? Out::Stream16
+                                                : Out::Stream32;
     using Rows = void (*)(uint8_t*, uint8_t*, const uint8_t*, const uint8_t*, const uint8_t*,
                           const uint8_t*, uint32_t, size_t);
-    const Rows one = stream ? planar_rows_to_v210<false, true> : planar_rows_to_v210<false, false>;
-    const Rows two = stream ? planar_rows_to_v210<true, true> : planar_rows_to_v210<true, false>;
+    auto rows = [out](auto two) -> Rows {
+        constexpr bool kTwo = decltype(two)::value;
+        switch (out) {
+            case Out::Stream32:
+                return planar_rows_to_v210<kTwo, Out::Stream32>;
+            case Out::Stream16:
+                return planar_rows_to_v210<kTwo, Out::Stream16>;
+            default:
+                return planar_rows_to_v210<kTwo, Out::Cached>;
+        }
+    };
+    const Rows one = rows(std::false_type{});
+    const Rows two = rows(std::true_type{});
     for (uint32_t r = 0; r < height;) {
         const size_t c = static_cast<size_t>(full ? r : r / 2) * chromaPitch;
         uint8_t* d = dst + static_cast<size_t>(r) * dp;
@@ -464,7 +486,7 @@ void planes_to_v210(uint8_t* dst, const uint8_t* y, const uint8_t* cb, const uin
             r += 2;
         }
     }
-    if (stream) _mm_sfence();
+    if (out != Out::Cached) _mm_sfence();
 }
 
 // 8-bit rows in UYVY order into v210: the row builder fills `t` with the
