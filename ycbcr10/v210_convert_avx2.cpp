@@ -335,14 +335,14 @@ inline __m256i planar_pair_inner(const uint8_t* y, __m256i chroma) {
 
 // A row of one or two groups: the samples copied out, packed as a whole pair, and
 // only the row's own words copied back.
-template <uint32_t Groups>
-void planar_groups_to_v210(uint8_t* dst, const uint8_t* y, const uint8_t* cb, const uint8_t* cr) {
+void planar_groups_to_v210(uint8_t* dst, const uint8_t* y, const uint8_t* cb, const uint8_t* cr,
+                           uint32_t groups) {
     alignas(32) uint8_t ly[16] = {}, lcb[8] = {}, lcr[8] = {}, out[32];
-    std::memcpy(ly, y, 6 * Groups);
-    std::memcpy(lcb, cb, 3 * Groups);
-    std::memcpy(lcr, cr, 3 * Groups);
+    std::memcpy(ly, y, 6 * groups);
+    std::memcpy(lcb, cb, 3 * groups);
+    std::memcpy(lcr, cr, 3 * groups);
     _mm256_store_si256(reinterpret_cast<__m256i*>(out), planar_pair_to_v210(ly, lcb, lcr));
-    std::memcpy(dst, out, 16 * Groups);
+    std::memcpy(dst, out, 16 * groups);
 }
 
 // One row of `groups` groups from 8-bit planes into v210, or two rows (Two) with
@@ -417,14 +417,9 @@ void planar_rows_to_v210(uint8_t* d0, uint8_t* d1, const uint8_t* y0, const uint
     while (groups - g >= 7) inner();
     while (groups - g >= 4) edge();
     if (groups - g == 3) edge();
-    if (g == 0) {
-        if (groups == 2) {
-            planar_groups_to_v210<2>(d0, y0, cb, cr);
-            if constexpr (Two) planar_groups_to_v210<2>(d1, y1, cb, cr);
-        } else if (groups == 1) {
-            planar_groups_to_v210<1>(d0, y0, cb, cr);
-            if constexpr (Two) planar_groups_to_v210<1>(d1, y1, cb, cr);
-        }
+    if (g == 0) {  // rows of one or two groups
+        planar_groups_to_v210(d0, y0, cb, cr, groups);
+        if constexpr (Two) planar_groups_to_v210(d1, y1, cb, cr, groups);
         return;
     }
     // The last pair's reads end with the row. A single last group is packed with
