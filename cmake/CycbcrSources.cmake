@@ -4,20 +4,26 @@
 set(CYCBCR_SOURCES
     platform/cpu_features.cpp
     platform/memory.cpp
-    platform/packed_rows.cpp
+    platform/memory_avx2.cpp
     platform/imaging.cpp
     frame/formats.cpp
     frame/proc_level.cpp
     frame/dispatch.cpp
+
     ycbcr8/byte_order.cpp
     ycbcr8/byte_order_avx2.cpp
+    ycbcr8/packed_rows.cpp
+    ycbcr8/packed_rows_avx2.cpp
     ycbcr8/packed_planar.cpp
     ycbcr8/packed_planar_avx2.cpp
     ycbcr8/planar_copy.cpp
     ycbcr8/planar_copy_avx2.cpp
-    ycbcr10/v210_pack.cpp
+    ycbcr10/v210_engines.cpp
+    ycbcr10/v210_uyvy.cpp
+    ycbcr10/v210_uyvy_avx2.cpp
+    ycbcr10/v210_entries.cpp
+    ycbcr10/v210_unpack_avx2.cpp
     ycbcr10/v210_pack_avx2.cpp
-    ycbcr10/v210_convert.cpp
-    ycbcr10/v210_convert_avx2.cpp
     ycbcr10/v210_unpack_ssse3.cpp
+    ycbcr10/uyvy_from_16bit_avx2.cpp
 )

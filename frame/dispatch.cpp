@@ -1,66 +1,42 @@
 // cycbcr_transcode: FourCC pair to converter.
+#include "frame/converters.h"
+#include "frame/entry.h"
 #include "frame/export.h"
 #include "frame/formats.h"
-#include "frame/proc_level.h"
 
+namespace cycbcr {
 namespace {
 
-using cycbcr::Format;
-using Converter = unsigned int (*)(CYCBCR_CONVERTER_ARGS);
-using RgbConverter = unsigned int (*)(CYCBCR_CONVERTER_ARGS, QBYCBCRMatrix, QBYCBCRRgbType);
+constexpr size_t kFormats = static_cast<size_t>(Format::RGBPlanar) + 1;
 
-// Rows and columns in this order: v210, I420, YV12, P422, YUY2, UYVY, YVYU, cyuv.
-// An empty cell is a pair whose converter the library does not have yet; the
-// dispatcher answers 0 for it as for an unknown pair.
-constexpr int kYcbcrFormats = 8;
-int index_of(Format f) {
-    switch (f) {
-        case Format::V210:
-            return 0;
-        case Format::I420:
-            return 1;
-        case Format::YV12:
-            return 2;
-        case Format::P422:
-            return 3;
-        case Format::YUY2:
-            return 4;
-        case Format::UYVY:
-            return 5;
-        case Format::YVYU:
-            return 6;
-        case Format::CYUV:
-            return 7;
-        default:
-            return -1;
-    }
+// The converter of each pair of formats, from the families' lists.
+struct PairTable {
+    cycbcr_converter fn[kFormats][kFormats] = {};
+};
+constexpr PairTable make_pairs() {
+    PairTable t;
+#define CYCBCR_PAIR_ROW(name, form, from, to, ...) \
+    t.fn[static_cast<size_t>(Format::from)][static_cast<size_t>(Format::to)] = name;
+    CYCBCR_PAIR_CONVERTERS(CYCBCR_PAIR_ROW)
+#undef CYCBCR_PAIR_ROW
+    return t;
+}
+constexpr PairTable kPairs = make_pairs();
+
+// The format a destination code stands for: "422P" names a source layout only.
+Format destination_format(uint32_t fourcc) {
+    return fourcc == CYCBCR_FOURCC_422P ? Format::Unknown : canonical_format(fourcc);
 }
 
-// clang-format off
-const Converter kPairs[kYcbcrFormats][kYcbcrFormats] = {
-    /* v210 */ {cycbcr_012v_to_012v, cycbcr_012v_to_i420, cycbcr_012v_to_yv12, cycbcr_012v_to_p422,
-                cycbcr_012v_to_yuy2, cycbcr_012v_to_uyvy, cycbcr_012v_to_yvyu, cycbcr_012v_to_cyuv},
-    /* I420 */ {cycbcr_i420_to_012v, cycbcr_i420_to_i420, cycbcr_i420_to_yv12, cycbcr_i420_to_p422,
-                cycbcr_i420_to_yuy2, cycbcr_i420_to_uyvy, cycbcr_i420_to_yvyu, cycbcr_i420_to_cyuv},
-    /* YV12 */ {cycbcr_yv12_to_012v, cycbcr_yv12_to_i420, cycbcr_yv12_to_yv12, cycbcr_yv12_to_p422,
-                cycbcr_yv12_to_yuy2, cycbcr_yv12_to_uyvy, cycbcr_yv12_to_yvyu, cycbcr_yv12_to_cyuv},
-    /* P422 */ {cycbcr_p422_to_012v, cycbcr_p422_to_i420, cycbcr_p422_to_yv12, cycbcr_p422_to_p422,
-                cycbcr_p422_to_yuy2, cycbcr_p422_to_uyvy, cycbcr_p422_to_yvyu, cycbcr_p422_to_cyuv},
-    /* YUY2 */ {cycbcr_yuy2_to_012v, cycbcr_yuy2_to_i420, cycbcr_yuy2_to_yv12, cycbcr_yuy2_to_p422,
-                cycbcr_yuy2_to_yuy2, cycbcr_yuy2_to_uyvy, cycbcr_yuy2_to_yvyu, cycbcr_yuy2_to_cyuv},
-    /* UYVY */ {cycbcr_uyvy_to_012v, cycbcr_uyvy_to_i420, cycbcr_uyvy_to_yv12, cycbcr_uyvy_to_p422,
-                cycbcr_uyvy_to_yuy2, cycbcr_uyvy_to_uyvy, cycbcr_uyvy_to_yvyu, cycbcr_uyvy_to_cyuv},
-    /* YVYU */ {cycbcr_yvyu_to_012v, cycbcr_yvyu_to_i420, cycbcr_yvyu_to_yv12, cycbcr_yvyu_to_p422,
-                cycbcr_yvyu_to_yuy2, cycbcr_yvyu_to_uyvy, cycbcr_yvyu_to_yvyu, cycbcr_yvyu_to_cyuv},
-    /* cyuv */ {cycbcr_cyuv_to_012v, cycbcr_cyuv_to_i420, cycbcr_cyuv_to_yv12, cycbcr_cyuv_to_p422,
-                cycbcr_cyuv_to_yuy2, cycbcr_cyuv_to_uyvy, cycbcr_cyuv_to_yvyu, cycbcr_cyuv_to_cyuv},
-};
-// YCbCr to RGB (matrix and layout passed on), and RGB to YCbCr, in the same order.
-const RgbConverter kToRgb[kYcbcrFormats] = {};
-const RgbConverter kFromRgb[kYcbcrFormats] = {};
-// clang-format on
-
 }  // namespace
+
+cycbcr_converter pair_converter(Format from, Format to) {
+    return kPairs.fn[static_cast<size_t>(from)][static_cast<size_t>(to)];
+}
+
+}  // namespace cycbcr
+
+using cycbcr::Format;
 
 extern "C" {
 
@@ -69,25 +45,23 @@ CYCBCR_API unsigned int cycbcr_transcode(uint8_t* dst, const uint8_t* src, unsig
                                          unsigned int srcPitch, QBYCBCRMatrix matrix,
                                          QBYCBCRRgbType rgbType, unsigned int dstFourCC,
                                          unsigned int srcFourCC) {
-    cycbcr::ensure_level();
-    _fixPitch(srcFourCC, width, srcPitch);
-    _fixPitch(dstFourCC, width, dstPitch);
+    cycbcr::entry(cycbcr::OnEntry::ChooseLevel);
+    srcPitch = cycbcr_fix_pitch(srcFourCC, width, srcPitch);
+    dstPitch = cycbcr_fix_pitch(dstFourCC, width, dstPitch);
     const Format from = cycbcr::canonical_format(srcFourCC);
-    // "422P" names a source layout only.
-    const Format to =
-        dstFourCC == CYCBCR_FOURCC_422P ? Format::Unknown : cycbcr::canonical_format(dstFourCC);
+    const Format to = cycbcr::destination_format(dstFourCC);
     if (from == Format::Unknown || to == Format::Unknown) return 0;
-    if (from == Format::RGB32 && to == Format::RGB32) return 0;
-    if (to == Format::RGB32) {
-        const RgbConverter f = kToRgb[index_of(from)];
-        return f ? f(dst, src, width, height, dstPitch, srcPitch, matrix, rgbType) : 0;
-    }
-    if (from == Format::RGB32) {
-        const RgbConverter f = kFromRgb[index_of(to)];
-        return f ? f(dst, src, width, height, dstPitch, srcPitch, matrix, rgbType) : 0;
-    }
-    const Converter f = kPairs[index_of(from)][index_of(to)];
+    // matrix and rgbType reach only the converters to and from RGB, none of
+    // which this build has: RGB pairs (RGB to RGB included) return 0.
+    (void)matrix;
+    (void)rgbType;
+    const cycbcr_converter f = cycbcr::pair_converter(from, to);
     return f ? f(dst, src, width, height, dstPitch, srcPitch) : 0;
+}
+
+CYCBCR_API cycbcr_converter cycbcr_pair_converter(unsigned int dstFourCC, unsigned int srcFourCC) {
+    return cycbcr::pair_converter(cycbcr::canonical_format(srcFourCC),
+                                  cycbcr::destination_format(dstFourCC));
 }
 
 CYCBCR_API unsigned int cycbcr_can_transcode(unsigned int fourccA, unsigned int fourccB) {

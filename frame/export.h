@@ -1,14 +1,16 @@
-// Export helpers shared by the converter families.
+// Export helpers shared by the converter families, and the shape of their
+// converter lists.
 #pragma once
 
 #include <cstdint>
 
 #include "cycbcr.h"
 
-// The argument list every dispatcher-called converter shares.
+// The argument list every dispatcher-called converter shares, and its names.
 #define CYCBCR_CONVERTER_ARGS                                                  \
     uint8_t *dst, const uint8_t *src, unsigned int width, unsigned int height, \
         unsigned int dstPitch, unsigned int srcPitch
+#define CYCBCR_CONVERTER_CALL dst, src, width, height, dstPitch, srcPitch
 
 // Exports `name` as a second name of the converter `target` (one body, two
 // symbols), for operations that are their own inverse. Must sit in the
@@ -16,4 +18,21 @@
 #define CYCBCR_CONVERTER_ALIAS(name, target)                                                      \
     extern "C" CYCBCR_API unsigned int name(uint8_t*, const uint8_t*, unsigned int, unsigned int, \
                                             unsigned int, unsigned int)                           \
-        __attribute__((alias(#target)))
+        __attribute__((alias(#target)));
+
+// Converter lists. Each family keeps one list of its converters with the
+// converter argument list, as rows
+//     X(name, avx2, from, to, BODY)
+//     X(name, avx2, from, to, ALIAS, target)
+// name: the exported function, spelled in full; avx2: the AVX2 form it hands
+// over to at level 5, or nullptr; from, to: Format enumerators; BODY: it has
+// code of its own; ALIAS: it is a second name of `target`. The family's files
+// define their functions from it, and the dispatcher, the buffer-size query,
+// the tests and the benchmarks read the same rows (frame/converters.h).
+//
+// A file defines its bodies by defining CYCBCR_BODY(name, form, from, to) and
+// expanding its list with CYCBCR_DEFINE.
+#define CYCBCR_DEFINE(name, form, from, to, kind, ...) \
+    CYCBCR_DEFINE_##kind(name, form, from, to, __VA_ARGS__)
+#define CYCBCR_DEFINE_BODY(name, form, from, to, ...) CYCBCR_BODY(name, form, from, to)
+#define CYCBCR_DEFINE_ALIAS(name, form, from, to, target) CYCBCR_CONVERTER_ALIAS(name, target)

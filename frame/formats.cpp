@@ -1,4 +1,8 @@
+// Format codes: which format each accepted FourCC stands for, and the pitch rule
+// of the dispatcher.
 #include "frame/formats.h"
+
+#include "frame/geometry.h"
 
 namespace cycbcr {
 
@@ -39,39 +43,34 @@ Format canonical_format(uint32_t fourcc) {
     }
 }
 
-bool is_packed422_code(uint32_t fourcc) {
-    const Format f = canonical_format(fourcc);
-    return f == Format::UYVY || f == Format::YUY2 || f == Format::YVYU || f == Format::CYUV;
-}
-
 }  // namespace cycbcr
 
 void _fixPitch(unsigned int fourcc, unsigned int width, unsigned int& pitch) {  // NOLINT
-    using cycbcr::Format;
-    if (cycbcr::is_packed422_code(fourcc)) {
-        if (pitch < 2 * width) pitch = 2 * width;
-        return;
-    }
-    switch (fourcc) {
-        case CYCBCR_FOURCC_I420:
-        case CYCBCR_FOURCC_IYUV:
-        case CYCBCR_FOURCC_YV12:
-        case CYCBCR_FOURCC_P422: {
-            // Kept as existing callers know it: a too-large pitch falls back to the
-            // width, while a too-small one (0 included) passes through unchanged.
+    pitch = cycbcr_fix_pitch(fourcc, width, pitch);
+}
+
+extern "C" CYCBCR_API unsigned int cycbcr_fix_pitch(unsigned int fourcc, unsigned int width,
+                                                    unsigned int pitch) {
+    using cycbcr::Arrangement;
+    const cycbcr::Format f = cycbcr::canonical_format(fourcc);
+    switch (cycbcr::info(f).arrangement) {
+        case Arrangement::Packed422:
+            return pitch < 2 * width ? 2 * width : pitch;
+        case Arrangement::Planar: {
+            // "422P" keeps its pitch. Kept as existing callers know it: a too-large
+            // pitch falls back to the width, while a too-small one (0 included)
+            // passes through unchanged.
+            if (fourcc == CYCBCR_FOURCC_422P) return pitch;
             const unsigned int rounded = (width + 127u) & ~127u;
-            if (pitch > rounded) pitch = width;
-            return;
+            return pitch > rounded ? width : pitch;
         }
-        case CYCBCR_FOURCC_v210:
-        case CYCBCR_FOURCC_012v: {
-            if (pitch == 0) return;  // the v210 converters derive their own row size
+        case Arrangement::V210: {
+            if (pitch == 0) return 0;  // the v210 converters derive their own row size
             // Truncating on purpose: the minimum leaves out an incomplete last group.
             const unsigned int minimum = (width / 6) * 16;
-            if (pitch % 16 != 0 || pitch < minimum) pitch = minimum;
-            return;
+            return pitch % 16 != 0 || pitch < minimum ? minimum : pitch;
         }
         default:
-            return;
+            return pitch;
     }
 }

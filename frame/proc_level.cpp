@@ -1,4 +1,4 @@
-#include "frame/proc_level.h"
+#include "frame/entry.h"
 
 extern "C" {
 CYCBCR_API uint32_t gdwProcType = cycbcr::kLevelUnset;
@@ -64,7 +64,7 @@ CYCBCR_API unsigned int cycbcr_set_cpu(unsigned int level) {
 }
 
 CYCBCR_API unsigned int cycbcr_get_cpu(int current) {
-    cycbcr::ensure_level();
+    cycbcr::entry(cycbcr::OnEntry::ChooseLevel);
     if (current != 0) return cycbcr::load_level();
     return cycbcr::best_level();
 }

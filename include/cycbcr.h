@@ -159,6 +159,21 @@ CYCBCR_API unsigned int cycbcr_transcode(uint8_t* dst, const uint8_t* src, unsig
                                          QBYCBCRRgbType rgbType, unsigned int dstFourCC,
                                          unsigned int srcFourCC);
 
+/* The converter cycbcr_transcode calls for a pair of codes, for callers that
+ * choose their own pitches: it gets no pitch normalisation and no level choice
+ * of the dispatcher's (it makes its own, as every converter does). NULL for an
+ * unknown code, for "422P" as a destination, and for a pair this build does not
+ * convert, RGB pairs included. */
+typedef unsigned int (*cycbcr_converter)(uint8_t* dst, const uint8_t* src, unsigned int width,
+                                         unsigned int height, unsigned int dstPitch,
+                                         unsigned int srcPitch);
+CYCBCR_API cycbcr_converter cycbcr_pair_converter(unsigned int dstFourCC, unsigned int srcFourCC);
+
+/* The pitch rule of the dispatcher (_fixPitch below), as a C function: the pitch
+ * cycbcr_transcode passes on for a buffer of this code and width. */
+CYCBCR_API unsigned int cycbcr_fix_pitch(unsigned int fourcc, unsigned int width,
+                                         unsigned int pitch);
+
 /* 1 when both codes are accepted format codes (every code above except "422P";
  * 0 for RGB counts), else 0. Symmetric. Note that it answers 1 for RGB to RGB,
  * which cycbcr_transcode refuses, and 0 for "422P", which cycbcr_transcode

@@ -3,7 +3,9 @@
 #include <cstddef>
 #include <initializer_list>
 
-#include "platform/packed_rows.h"
+#include "frame/geometry.h"
+#include "frame/row_walk.h"
+#include "ycbcr8/packed_rows.h"
 
 namespace cycbcr::ipp {
 namespace {
@@ -20,30 +22,54 @@ IppStatus check(const void* const (&ptrs)[N], IppiSize roi, int minW, int minH,
     return ippStsNoErr;
 }
 
-IppStatus packed_to_planes(PackedOrder order, const Ipp8u* src, int srcStep, Ipp8u* dst[3],
-                           int dstStep[3], IppiSize roi) {
+// Rows `step` bytes apart, as the library's steps are given.
+Rows rows_of(const void* p, int step) {
+    return rows_down(p, static_cast<size_t>(step));
+}
+
+template <Format Order>
+IppStatus packed_to_planes(const Ipp8u* src, int srcStep, Ipp8u* dst[3], int dstStep[3],
+                           IppiSize roi) {
     const void* const ptrs[] = {src, dst[0], dst[1], dst[2]};
     if (IppStatus s = check(ptrs, roi, 2, 1, {srcStep, dstStep[0], dstStep[1], dstStep[2]}))
         return s;
     const size_t pairs = static_cast<size_t>(roi.width) / 2;
-    for (int r = 0; r < roi.height; ++r)
-        split_packed_row(order, src + static_cast<ptrdiff_t>(r) * srcStep,
-                         dst[0] + static_cast<ptrdiff_t>(r) * dstStep[0],
-                         dst[1] + static_cast<ptrdiff_t>(r) * dstStep[1],
-                         dst[2] + static_cast<ptrdiff_t>(r) * dstStep[2], pairs, true);
+    const Planes p = packed_samples(Order, const_cast<Ipp8u*>(src));
+    const Rows sy = rows_of(p.y, srcStep), scb = rows_of(p.cb, srcStep),
+               scr = rows_of(p.cr, srcStep);
+    const Rows y = rows_of(dst[0], dstStep[0]), cb = rows_of(dst[1], dstStep[1]),
+               cr = rows_of(dst[2], dstStep[2]);
+    walk(all_rows(static_cast<uint32_t>(roi.height)), [&](uint32_t r) {
+        plain::split_row<Order>(sy.at(r), scb.at(r), scr.at(r), y.at(r), cb.at(r), cr.at(r), pairs,
+                                true);
+    });
     return ippStsNoErr;
+}
+
+// UYVY rows from planes Y, Cb, Cr: output row r takes chroma row chroma(r).
+template <class ChromaRowOf>
+void planes_to_uyvy(const Rows& y, const Rows& cb, const Rows& cr, Ipp8u* dst, int dstStep,
+                    uint32_t rows, size_t pairs, ChromaRowOf chroma) {
+    const Planes d = packed_samples(Format::UYVY, dst);
+    const Rows dy = rows_of(d.y, dstStep), dcb = rows_of(d.cb, dstStep),
+               dcr = rows_of(d.cr, dstStep);
+    walk(all_rows(rows), [&](uint32_t r) {
+        const uint32_t c = chroma(r);
+        plain::merge_row<Format::UYVY>(dy.at(r), dcb.at(r), dcr.at(r), y.at(r), cb.at(c), cr.at(c),
+                                       pairs);
+    });
 }
 
 }  // namespace
 
 IppStatus ippiCbYCr422ToYCbCr422_8u_C2P3R(const Ipp8u* pSrc, int srcStep, Ipp8u* pDst[3],
                                           int dstStep[3], IppiSize roiSize) {
-    return packed_to_planes(PackedOrder::UYVY, pSrc, srcStep, pDst, dstStep, roiSize);
+    return packed_to_planes<Format::UYVY>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 
 IppStatus ippiYCbCr422_8u_C2P3R(const Ipp8u* pSrc, int srcStep, Ipp8u* pDst[3], int dstStep[3],
                                 IppiSize roiSize) {
-    return packed_to_planes(PackedOrder::YUY2, pSrc, srcStep, pDst, dstStep, roiSize);
+    return packed_to_planes<Format::YUY2>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 
 IppStatus ippiYCbCr422ToCbYCr422_8u_P3C2R(const Ipp8u* pSrc[3], int srcStep[3], Ipp8u* pDst,
@@ -51,12 +77,10 @@ IppStatus ippiYCbCr422ToCbYCr422_8u_P3C2R(const Ipp8u* pSrc[3], int srcStep[3], 
     const void* const ptrs[] = {pSrc[0], pSrc[1], pSrc[2], pDst};
     if (IppStatus s = check(ptrs, roiSize, 2, 1, {srcStep[0], srcStep[1], srcStep[2], dstStep}))
         return s;
-    const size_t pairs = static_cast<size_t>(roiSize.width) / 2;
-    for (int r = 0; r < roiSize.height; ++r)
-        merge_packed_row(PackedOrder::UYVY, pDst + static_cast<ptrdiff_t>(r) * dstStep,
-                         pSrc[0] + static_cast<ptrdiff_t>(r) * srcStep[0],
-                         pSrc[1] + static_cast<ptrdiff_t>(r) * srcStep[1],
-                         pSrc[2] + static_cast<ptrdiff_t>(r) * srcStep[2], pairs);
+    planes_to_uyvy(rows_of(pSrc[0], srcStep[0]), rows_of(pSrc[1], srcStep[1]),
+                   rows_of(pSrc[2], srcStep[2]), pDst, dstStep,
+                   static_cast<uint32_t>(roiSize.height), static_cast<size_t>(roiSize.width) / 2,
+                   [](uint32_t r) { return r; });
     return ippStsNoErr;
 }
 
@@ -67,13 +91,11 @@ IppStatus ippiYCrCb420ToCbYCr422_8u_P3C2R(const Ipp8u* pSrc[3], int srcStep[3], 
         return s;
     const int width = roiSize.width & ~1;
     const int height = roiSize.height & ~1;
-    const size_t pairs = static_cast<size_t>(width) / 2;
-    for (int r = 0; r < height; ++r) {
-        const ptrdiff_t c = static_cast<ptrdiff_t>(r / 2);
-        merge_packed_row(PackedOrder::UYVY, pDst + static_cast<ptrdiff_t>(r) * dstStep,
-                         pSrc[0] + static_cast<ptrdiff_t>(r) * srcStep[0], pSrc[2] + c * srcStep[2],
-                         pSrc[1] + c * srcStep[1], pairs);
-    }
+    // Planes Y, Cr, Cb; output row r takes chroma row r / 2.
+    planes_to_uyvy(rows_of(pSrc[0], srcStep[0]), rows_of(pSrc[2], srcStep[2]),
+                   rows_of(pSrc[1], srcStep[1]), pDst, dstStep, static_cast<uint32_t>(height),
+                   static_cast<size_t>(width) / 2,
+                   [](uint32_t r) { return chroma_row(ChromaRows::Shared, r).row; });
     return width == roiSize.width && height == roiSize.height ? ippStsNoErr : ippStsDoubleSize;
 }
 

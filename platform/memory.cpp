@@ -21,6 +21,22 @@ void CopyMemoryFast(void* dst, const void* src, size_t count) {
     if (count != 0) std::memcpy(dst, src, count);
 }
 
+void plain::copy_row(uint8_t* dst, const uint8_t* src, size_t n) {
+    size_t k = 0;
+    for (; k + 32 <= n; k += 32) {
+        const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + k));
+        const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + k + 16));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + k), a);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + k + 16), b);
+    }
+    if (k + 16 <= n) {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + k),
+                         _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + k)));
+        k += 16;
+    }
+    for (; k < n; ++k) dst[k] = src[k];
+}
+
 void EndianConvertWord(void* dst, const void* src, size_t wordCount) {
     auto* d = static_cast<uint8_t*>(dst);
     const auto* s = static_cast<const uint8_t*>(src);
@@ -45,6 +61,17 @@ void EndianConvertWord(void* dst, const void* src, size_t wordCount) {
         d[0] = s[1];
         d[1] = lo;
     }
+}
+
+Store store_for(const void* dst, size_t pitch, uint32_t rows) {
+    if (pitch * rows < kStreamBytes) return Store::Cached;
+    const uintptr_t align = reinterpret_cast<uintptr_t>(dst) | pitch;
+    if ((align & 31) == 0) return Store::Stream32;
+    return (align & 15) == 0 ? Store::Stream16 : Store::Cached;
+}
+
+void finish_stores(Store store) {
+    if (store != Store::Cached) _mm_sfence();
 }
 
 }  // namespace cycbcr

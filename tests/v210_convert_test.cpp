@@ -17,14 +17,14 @@
 #include "support/frames.h"
 #include "support/guarded_buffer.h"
 #include "support/v210_model.h"
-#include "ycbcr10/v210_convert.h"
+#include "ycbcr10/v210.h"
 #ifdef CYCBCR_TEST_WITH_FFMPEG
 #include "support/ffmpeg_v210.h"
 #endif
 
 using namespace cycbcr_test;
-using cycbcr::detail::pack_v210_u8_rows_avx2;
-using cycbcr::detail::v210_to_planar420_8_avx2;
+using cycbcr::avx2::pack_v210_u8_rows_avx2;
+using cycbcr::avx2::v210_to_planar420_8_avx2;
 
 namespace {
 

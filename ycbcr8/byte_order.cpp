@@ -4,14 +4,18 @@
 #include <emmintrin.h>
 
 #include <algorithm>
+#include <type_traits>
 
+#include "frame/entry.h"
 #include "frame/export.h"
-#include "frame/proc_level.h"
-#include "platform/memory.h"
+#include "frame/formats.h"
+#include "frame/row_walk.h"
+#include "ycbcr8/byte_order_list.h"
 
-namespace cycbcr::detail {
+namespace cycbcr {
 
-void chroma_exchange_row(uint8_t* dst, const uint8_t* src, size_t pairs) {
+void plain::chroma_exchange_row(uint8_t* dst, const uint8_t* src, size_t n) {
+    const size_t pairs = n / 4;
     const __m128i keep = _mm_set1_epi32(0x00FF00FF);
     const __m128i hi = _mm_set1_epi32(static_cast<int>(0xFF000000u));
     const __m128i lo = _mm_set1_epi32(0x0000FF00);
@@ -34,31 +38,67 @@ void chroma_exchange_row(uint8_t* dst, const uint8_t* src, size_t pairs) {
     }
 }
 
-}  // namespace cycbcr::detail
-
-using cycbcr::detail::walk_rows;
-
 namespace {
 
-uint32_t min_pitch(uint32_t a, uint32_t b) {
-    return std::min(a, b);
+// What a byte-order converter does, by its pair of formats. cyuv is UYVY stored
+// bottom-up: the converters to it from the other orders make UYVY and then turn
+// the destination over.
+enum class Op { Copy, WordSwap, ChromaExchange, PairWordSwap, Reverse };
+constexpr Op operation(Format from, Format to) {
+    if (to == Format::CYUV && from != Format::UYVY) to = Format::UYVY;
+    if (from == to) return Op::Copy;
+    if (to == Format::CYUV) return Op::Reverse;
+    if (from == Format::YVYU && to == Format::UYVY) return Op::PairWordSwap;
+    if (to == Format::YVYU) return Op::ChromaExchange;
+    return Op::WordSwap;
 }
 
 // Plain word swap over pitch rows; with equal pitches the frame, padding
 // included, is one run of words.
-void word_swap_frame(CYCBCR_CONVERTER_ARGS) {
-    (void)width;
+void word_swap_frame(uint8_t* dst, const uint8_t* src, uint32_t height, uint32_t dstPitch,
+                     uint32_t srcPitch) {
     if (height == 0) return;
     if (dstPitch == srcPitch) {
-        cycbcr::EndianConvertWord(dst, src, (dstPitch * height) / 2);
+        EndianConvertWord(dst, src, (dstPitch * height) / 2);
         return;
     }
-    const uint32_t words = min_pitch(dstPitch, srcPitch) / 2;
-    walk_rows(dst, src, height, dstPitch, srcPitch, false,
-              [words](uint8_t* d, const uint8_t* s) { cycbcr::EndianConvertWord(d, s, words); });
+    const uint32_t words = std::min(dstPitch, srcPitch) / 2;
+    const Rows d = rows_down(dst, dstPitch), s = rows_down(src, srcPitch);
+    walk(all_rows(height), [&](uint32_t i) { EndianConvertWord(d.at(i), s.at(i), words); });
+}
+
+template <Format From, Format To, auto Avx2>
+unsigned int byte_order(CYCBCR_CONVERTER_ARGS) {
+    constexpr Op op = operation(From, To);
+    const Paths paths = entry(OnEntry::ChooseLevel);
+    if constexpr (!std::is_null_pointer_v<decltype(Avx2)>)
+        if (paths.avx2) return Avx2(CYCBCR_CONVERTER_CALL);
+    const Rows d = rows_down(dst, dstPitch);
+    if constexpr (op == Op::Copy) {
+        return cycbcr_interleaved_copy(CYCBCR_CONVERTER_CALL);
+    } else if constexpr (op == Op::WordSwap) {
+        word_swap_frame(dst, src, height, dstPitch, srcPitch);
+    } else if constexpr (op == Op::ChromaExchange) {
+        const Rows s = rows_down(src, srcPitch);
+        const size_t n = size_t{4} * (width / 2);
+        walk(all_rows(height),
+             [&](uint32_t i) { plain::chroma_exchange_row(d.at(i), s.at(i), n); });
+    } else if constexpr (op == Op::PairWordSwap) {
+        // Whole pairs only: the odd last pixel and the row padding stay as they are.
+        const Rows s = rows_down(src, srcPitch);
+        const size_t words = size_t{2} * (width / 2);
+        walk(all_rows(height), [&](uint32_t i) { EndianConvertWord(d.at(i), s.at(i), words); });
+    } else if constexpr (op == Op::Reverse) {
+        const Rows s = rows_up(src, srcPitch, height);
+        const uint32_t n = std::min(dstPitch, srcPitch);
+        walk(all_rows(height), [&](uint32_t i) { CopyMemoryFast(d.at(i), s.at(i), n); });
+    }
+    if constexpr (To == Format::CYUV && From != Format::UYVY) cycbcr_invert(dst, dstPitch, height);
+    return height * dstPitch;
 }
 
 }  // namespace
+}  // namespace cycbcr
 
 extern "C" {
 
@@ -68,85 +108,18 @@ CYCBCR_API unsigned int cycbcr_interleaved_copy(CYCBCR_CONVERTER_ARGS) {
         if (dstPitch == srcPitch) {
             cycbcr::CopyMemoryFast(dst, src, dstPitch * height);
         } else {
-            const uint32_t n = min_pitch(dstPitch, srcPitch);
-            walk_rows(dst, src, height, dstPitch, srcPitch, false,
-                      [n](uint8_t* d, const uint8_t* s) { cycbcr::CopyMemoryFast(d, s, n); });
+            const uint32_t n = std::min(dstPitch, srcPitch);
+            const cycbcr::Rows d = cycbcr::rows_down(dst, dstPitch);
+            const cycbcr::Rows s = cycbcr::rows_down(src, srcPitch);
+            cycbcr::walk(cycbcr::all_rows(height),
+                         [&](uint32_t i) { cycbcr::CopyMemoryFast(d.at(i), s.at(i), n); });
         }
     }
     return height * dstPitch;
 }
 
-CYCBCR_API unsigned int cycbcr_yuy2_to_yuy2(CYCBCR_CONVERTER_ARGS) {
-    cycbcr::ensure_level();
-    return cycbcr_interleaved_copy(dst, src, width, height, dstPitch, srcPitch);
-}
-
-CYCBCR_API unsigned int cycbcr_yuy2_to_uyvy(CYCBCR_CONVERTER_ARGS) {
-    cycbcr::ensure_level();
-    word_swap_frame(dst, src, width, height, dstPitch, srcPitch);
-    return height * dstPitch;
-}
-
-CYCBCR_API unsigned int cycbcr_uyvy_to_yuy2(CYCBCR_CONVERTER_ARGS) {
-    cycbcr::ensure_level();
-    if (cycbcr::avx2_path())
-        return cycbcr_yuy2_to_uyvy_avx2(dst, src, width, height, dstPitch, srcPitch);
-    word_swap_frame(dst, src, width, height, dstPitch, srcPitch);
-    return height * dstPitch;
-}
-
-CYCBCR_API unsigned int cycbcr_yuy2_to_yvyu(CYCBCR_CONVERTER_ARGS) {
-    cycbcr::ensure_level();
-    if (cycbcr::avx2_path())
-        return cycbcr_yuy2_to_yvyu_avx2(dst, src, width, height, dstPitch, srcPitch);
-    const size_t pairs = width / 2;
-    walk_rows(dst, src, height, dstPitch, srcPitch, false, [pairs](uint8_t* d, const uint8_t* s) {
-        cycbcr::detail::chroma_exchange_row(d, s, pairs);
-    });
-    return height * dstPitch;
-}
-
-CYCBCR_API unsigned int cycbcr_yvyu_to_uyvy(CYCBCR_CONVERTER_ARGS) {
-    cycbcr::ensure_level();
-    // The fast form is the YUY2 word swap over pitch rows: it also swaps the
-    // padding that the plain pair loop leaves alone. Both are kept as they are.
-    if (cycbcr::avx2_path())
-        return cycbcr_yvyu_to_uyvy_avx2(dst, src, width, height, dstPitch, srcPitch);
-    const size_t words = (width / 2) * 2;
-    walk_rows(dst, src, height, dstPitch, srcPitch, false,
-              [words](uint8_t* d, const uint8_t* s) { cycbcr::EndianConvertWord(d, s, words); });
-    return height * dstPitch;
-}
-
-CYCBCR_API unsigned int cycbcr_uyvy_to_cyuv(CYCBCR_CONVERTER_ARGS) {
-    (void)width;
-    cycbcr::ensure_level();
-    const uint32_t n = min_pitch(dstPitch, srcPitch);
-    walk_rows(dst, src, height, dstPitch, srcPitch, true,
-              [n](uint8_t* d, const uint8_t* s) { cycbcr::CopyMemoryFast(d, s, n); });
-    return height * dstPitch;
-}
-
-CYCBCR_API unsigned int cycbcr_yuy2_to_cyuv(CYCBCR_CONVERTER_ARGS) {
-    cycbcr::ensure_level();
-    if (cycbcr::avx2_path())
-        return cycbcr_yuy2_to_cyuv_avx2(dst, src, width, height, dstPitch, srcPitch);
-    cycbcr_yuy2_to_uyvy(dst, src, width, height, dstPitch, srcPitch);
-    cycbcr_invert(dst, dstPitch, height);
-    return height * dstPitch;
-}
-
-CYCBCR_API unsigned int cycbcr_yvyu_to_cyuv(CYCBCR_CONVERTER_ARGS) {
-    cycbcr::ensure_level();
-    if (cycbcr::avx2_path())
-        return cycbcr_yvyu_to_cyuv_avx2(dst, src, width, height, dstPitch, srcPitch);
-    cycbcr_yvyu_to_uyvy(dst, src, width, height, dstPitch, srcPitch);
-    cycbcr_invert(dst, dstPitch, height);
-    return height * dstPitch;
-}
-
 CYCBCR_API void cycbcr_invert(uint8_t* buf, unsigned int pitch, unsigned int height) {
-    cycbcr::ensure_level();
+    cycbcr::entry(cycbcr::OnEntry::ChooseLevel);
     // Rows up to 5461 bytes (a 2730-pixel packed row) swap through the stack.
     cycbcr::TempRow<5461> temp(pitch);
     if (height < 2) return;
@@ -159,13 +132,12 @@ CYCBCR_API void cycbcr_invert(uint8_t* buf, unsigned int pitch, unsigned int hei
     }
 }
 
-}  // extern "C"
+#define CYCBCR_BODY(name, form, from, to)                                          \
+    CYCBCR_API unsigned int name(CYCBCR_CONVERTER_ARGS) {                          \
+        return cycbcr::byte_order<cycbcr::Format::from, cycbcr::Format::to, form>( \
+            CYCBCR_CONVERTER_CALL);                                                \
+    }
+CYCBCR_BYTE_ORDER_PAIRS(CYCBCR_DEFINE)
+#undef CYCBCR_BODY
 
-CYCBCR_CONVERTER_ALIAS(cycbcr_yvyu_to_yvyu, cycbcr_yuy2_to_yuy2);
-CYCBCR_CONVERTER_ALIAS(cycbcr_uyvy_to_uyvy, cycbcr_yuy2_to_yuy2);
-CYCBCR_CONVERTER_ALIAS(cycbcr_cyuv_to_cyuv, cycbcr_yuy2_to_yuy2);
-CYCBCR_CONVERTER_ALIAS(cycbcr_yvyu_to_yuy2, cycbcr_yuy2_to_yvyu);
-CYCBCR_CONVERTER_ALIAS(cycbcr_uyvy_to_yvyu, cycbcr_yvyu_to_uyvy);
-CYCBCR_CONVERTER_ALIAS(cycbcr_cyuv_to_uyvy, cycbcr_uyvy_to_cyuv);
-CYCBCR_CONVERTER_ALIAS(cycbcr_cyuv_to_yuy2, cycbcr_yuy2_to_cyuv);
-CYCBCR_CONVERTER_ALIAS(cycbcr_cyuv_to_yvyu, cycbcr_yvyu_to_cyuv);
+}  // extern "C"

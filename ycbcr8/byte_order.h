@@ -1,48 +1,31 @@
-// Row kernels and the frame walk of the packed 4:2:2 byte-order family.
+// Row kernels of the packed 4:2:2 byte-order family, also used by the v210
+// conversions to change byte order in a row held in the cache.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
-namespace cycbcr::detail {
+#include "platform/memory.h"
 
-// Calls row(dstRow, srcRow) for each of `height` rows. With `reverse`, destination
-// row i receives source row height - 1 - i.
-// Instantiated with a lambda of the calling file, so each file has its own copy.
-template <class RowFn>
-[[gnu::always_inline]] inline void walk_rows(uint8_t* dst, const uint8_t* src, uint32_t height,
-                                             uint32_t dstPitch, uint32_t srcPitch, bool reverse,
-                                             RowFn&& row) {
-    if (height == 0) return;
-    const uint8_t* s = src;
-    ptrdiff_t step = srcPitch;
-    if (reverse) {
-        s = src + static_cast<size_t>(height - 1) * srcPitch;
-        step = -step;
-    }
-    for (uint32_t i = 0; i < height; ++i, dst += dstPitch, s += step) row(dst, s);
-}
+namespace cycbcr {
 
-// Exchanges bytes 1 and 3 of each of `pairs` 4-byte pixel pairs (YUY2 <-> YVYU).
-// dst may equal src.
-void chroma_exchange_row(uint8_t* dst, const uint8_t* src, size_t pairs);
+// A kernel that rewrites the first n bytes of a row (n a multiple of 4 for the
+// pair kernels); dst may equal src.
+using ByteRow = void (*)(uint8_t* dst, const uint8_t* src, size_t n);
 
-// Frames whose destination is at least this large are written with streaming
-// stores: they cannot stay in the cache anyway, and skipping the read for
-// ownership of every destination line is worth a third of the memory traffic.
-inline constexpr size_t kStreamBytes = size_t{8} << 20;
+namespace plain {
+// Exchanges bytes 1 and 3 of each 4-byte pixel pair (YUY2 <-> YVYU).
+void chroma_exchange_row(uint8_t* dst, const uint8_t* src, size_t n);
+}  // namespace plain
 
-// AVX2 kernels (byte_order_avx2.cpp), giving the plain kernels' bytes. With
-// `stream`, whole 32-byte blocks go out with streaming stores; the frame loop
-// decides (stream_frame) and fences once at the end.
-bool stream_frame(const uint8_t* dst, uint32_t dstPitch, uint32_t height);
-// Swaps the bytes of each 16-bit word in the first n & ~1 bytes; dst may equal src.
-void word_swap_row_avx2(uint8_t* dst, const uint8_t* src, size_t n, bool stream);
-void chroma_exchange_row_avx2(uint8_t* dst, const uint8_t* src, size_t pairs, bool stream);
-// Rotates the four bytes of each pixel pair: output byte j is input byte
-// (j + by) % 4 (UYVY to YVYU is 1, YVYU to UYVY is 3). dst may equal src.
-void rotate_pairs_row_avx2(uint8_t* dst, const uint8_t* src, size_t pairs, int by, bool stream);
-// Plain copy of n bytes in 32-byte blocks; the ranges must not overlap.
-void copy_row_avx2(uint8_t* dst, const uint8_t* src, size_t n, bool stream);
+namespace avx2 {
+// The byte swap of each 16-bit word of the first n & ~1 bytes.
+ByteRow word_swap_row(Store store);
+// Bytes 1 and 3 of each pair exchanged.
+ByteRow chroma_exchange_row(Store store);
+// The four bytes of each pair rotated: output byte j is input byte (j + by) % 4
+// (UYVY to YVYU is 1, YVYU to UYVY is 3). Cached stores.
+ByteRow rotate_pairs_row(int by);
+}  // namespace avx2
 
-}  // namespace cycbcr::detail
+}  // namespace cycbcr

@@ -2,206 +2,141 @@
 // field-inverting variants and the plain wrappers.
 #include "ycbcr8/packed_planar.h"
 
-#include "frame/export.h"
-#include "frame/proc_level.h"
-#include "platform/imaging.h"
-#include "platform/packed_rows.h"
-#include "ycbcr8/packed_planar_wrappers.h"
+#include <type_traits>
 
-namespace cycbcr::detail {
+#include "frame/entry.h"
+#include "frame/export.h"
+#include "platform/imaging.h"
+#include "platform/memory.h"
+#include "ycbcr8/packed_planar_list.h"
+
+namespace cycbcr {
+
 namespace {
 
-// The byte order of a packed row given by its three sample pointers, when it is
-// one of the three the fast kernels know.
-bool order_of(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, PackedOrder& order,
-              const uint8_t*& base) {
-    if (cb == y + 1 && cr == y + 3) {
-        order = PackedOrder::YUY2;
-        base = y;
-    } else if (cb == y - 1 && cr == y + 1) {
-        order = PackedOrder::UYVY;
-        base = cb;
-    } else if (cb == y + 3 && cr == y + 1) {
-        order = PackedOrder::YVYU;
-        base = y;
-    } else {
-        return false;
-    }
-    return true;
+// The rows of a packed frame: the three samples of its pairs at the same step.
+struct PackedRows {
+    Rows y, cb, cr;
+};
+PackedRows packed_rows(const Planes& p, size_t step) {
+    return {rows_down(p.y, step), rows_down(p.cb, step), rows_down(p.cr, step)};
 }
 
 }  // namespace
 
-void split_row(const uint8_t* sy, const uint8_t* scb, const uint8_t* scr, uint8_t* y, uint8_t* cb,
-               uint8_t* cr, size_t pairs, bool chroma) {
-    PackedOrder order;
-    const uint8_t* base;
-    if (order_of(sy, scb, scr, order, base)) {
-        split_packed_row(order, base, y, cb, cr, pairs, chroma);
-        return;
-    }
-    for (size_t k = 0; k < pairs; ++k) {
-        y[2 * k] = sy[4 * k];
-        y[2 * k + 1] = sy[4 * k + 2];
-        if (chroma) {
-            cb[k] = scb[4 * k];
-            cr[k] = scr[4 * k];
-        }
-    }
+void toplanar_rows(const ToPlanarFrame& f, RowRun run, SplitRow row) {
+    const size_t pairs = f.width / 2;
+    const PackedRows s = packed_rows(f.src, run_on_step(f.srcPitch, 2 * f.width, 4 * pairs));
+    const Rows y = rows_down(f.dst.y, f.dstPitch);
+    const Rows cb = rows_down(f.dst.cb, chroma_pitch(f.dstPitch));
+    const Rows cr = rows_down(f.dst.cr, chroma_pitch(f.dstPitch));
+    walk(run, [&](uint32_t i) {
+        const ChromaRow c = chroma_row(f.rule, i);
+        row(s.y.at(i), s.cb.at(i), s.cr.at(i), y.at(i), cb.at(c.row), cr.at(c.row), pairs,
+            c.present);
+    });
 }
 
-void merge_row(uint8_t* dy, uint8_t* dcb, uint8_t* dcr, const uint8_t* y, const uint8_t* cb,
-               const uint8_t* cr, size_t pairs) {
-    PackedOrder order;
-    const uint8_t* base;
-    if (order_of(dy, dcb, dcr, order, base)) {
-        merge_packed_row(order, const_cast<uint8_t*>(base), y, cb, cr, pairs);
-        return;
-    }
-    for (size_t k = 0; k < pairs; ++k) {
-        dy[4 * k] = y[2 * k];
-        dcb[4 * k] = cb[k];
-        dy[4 * k + 2] = y[2 * k + 1];
-        dcr[4 * k] = cr[k];
-    }
+bool toplanar_luma_meets_chroma(const ToPlanarFrame& f, RowRun run) {
+    const size_t pairs = f.width / 2;
+    const Rows y = rows_down(f.dst.y, f.dstPitch);
+    const Rows cb = rows_down(f.dst.cb, chroma_pitch(f.dstPitch));
+    const Rows cr = rows_down(f.dst.cr, chroma_pitch(f.dstPitch));
+    bool meets = false;
+    walk(run, [&](uint32_t i) {
+        const uint32_t c = chroma_row(f.rule, i).row;
+        const uint8_t* lo = cb.at(c) < cr.at(c) ? cb.at(c) : cr.at(c);
+        const uint8_t* hi = cb.at(c) < cr.at(c) ? cr.at(c) : cb.at(c);
+        meets |= ranges_overlap(y.at(i), 2 * pairs, lo, static_cast<size_t>(hi - lo) + pairs);
+    });
+    return meets;
 }
 
-void toplanar_frame(const uint8_t* srcY, const uint8_t* srcCb, const uint8_t* srcCr, uint8_t* dstY,
-                    uint8_t* dstCb, uint8_t* dstCr, uint32_t width, uint32_t height,
-                    uint32_t dstPitch, uint32_t srcPitch, uint32_t mode, SplitRow row) {
-    const size_t pairs = width / 2;  // an odd last pixel is dropped
-    // At exactly 2 * width the rows run on from the last whole pair, which for an
-    // odd width falls 2 bytes short of the pitch per row. Kept as callers know it.
-    const size_t step = srcPitch == 2 * width ? pairs * 4 : srcPitch;
-    const size_t chromaPitch = dstPitch / 2;
-    for (uint32_t i = 0; i < height; ++i) {
-        const size_t in = i * step;
-        // 4:2:0 keeps the chroma of rows 0, 3, 4, 7, ...: top field in even chroma
-        // rows, bottom field in odd ones, never averaged.
-        const bool chroma = mode != 0 || i % 4 == 0 || i % 4 == 3;
-        const size_t c = (mode != 0 ? i : i / 2) * chromaPitch;
-        row(srcY + in, srcCb + in, srcCr + in, dstY + static_cast<size_t>(i) * dstPitch, dstCb + c,
-            dstCr + c, pairs, chroma);
-    }
-}
-
-void fromplanar_frame(const uint8_t* srcY, const uint8_t* srcCb, const uint8_t* srcCr,
-                      uint8_t* dstY, uint8_t* dstCb, uint8_t* dstCr, uint32_t width,
-                      uint32_t height, uint32_t dstPitch, uint32_t srcPitch, uint32_t mode,
-                      MergeRow row) {
+void fromplanar_rows(const FromPlanarFrame& f, RowRun run, MergeRow row) {
     // Pairs are written while 2 * pair < width: an odd width ends in a whole
     // pair whose second Y is the next source byte.
-    const size_t pairs = (width + 1) / 2;
-    const size_t yStep = width == srcPitch ? 2 * pairs : srcPitch;
-    for (uint32_t i = 0; i < height; ++i) {
-        // 4:2:0 repeats each chroma row within its field: rows 0 and 2 take
-        // chroma row 0, rows 1 and 3 chroma row 1, rows 4 and 6 row 2, ...
-        // 4:2:2 reads the chroma planes as one run of pairs per row.
-        const size_t c = mode == 0 ? (2 * (i / 4) + i % 2) * size_t{srcPitch / 2} : i * pairs;
-        const size_t out = static_cast<size_t>(i) * dstPitch;
-        row(dstY + out, dstCb + out, dstCr + out, srcY + i * yStep, srcCb + c, srcCr + c, pairs);
-    }
+    const size_t pairs = (f.width + 1) / 2;
+    const Rows y = rows_down(f.src.y, run_on_step(f.srcPitch, f.width, 2 * pairs));
+    // 4:2:2 chroma is not placed by a pitch at all: each row reads on from where
+    // the previous row stopped.
+    const size_t cstep = f.full ? pairs : chroma_pitch(f.srcPitch);
+    const Rows cb = rows_down(f.src.cb, cstep), cr = rows_down(f.src.cr, cstep);
+    const ChromaRows rule = f.full ? ChromaRows::Own : ChromaRows::FieldRepeated;
+    const PackedRows d = packed_rows(f.dst, f.dstPitch);
+    walk(run, [&](uint32_t i) {
+        const uint32_t c = chroma_row(rule, i).row;
+        row(d.y.at(i), d.cb.at(i), d.cr.at(i), y.at(i), cb.at(c), cr.at(c), pairs);
+    });
 }
 
-Planes planes_of(Planar format, uint8_t* base, uint32_t pitch, uint32_t height) {
-    const uint32_t d = pitch * height;  // 32-bit, as every plane position
-    uint8_t* first = base + d;
-    switch (format) {
-        case Planar::I420:
-            return {base, first, first + (d >> 2)};
-        case Planar::YV12:
-            return {base, first + (d >> 2), first};
-        case Planar::P422:
-            return {base, first, first + (d >> 1)};
-    }
-    return {base, first, first};
-}
-
-PackedPtrs packed_ptrs(Packed format, uint8_t* p) {
-    switch (format) {
-        case Packed::YUY2:
-            return {p, p + 1, p + 3};
-        case Packed::YVYU:
-            return {p, p + 3, p + 1};
-        case Packed::UYVY:
-        case Packed::CYUV:
-            return {p + 1, p, p + 2};
-    }
-    return {p, p + 1, p + 3};
-}
-
-void invert_planes(Planar format, uint8_t* dst, uint32_t dstPitch, uint32_t height) {
-    const Planes p = planes_of(format, dst, dstPitch, height);
-    const uint32_t chromaRows = format == Planar::P422 ? height : height / 2;
+void invert_planes(Format planar, uint8_t* dst, uint32_t dstPitch, uint32_t height) {
+    const Planes p = planar_planes(planar, dst, dstPitch, height);
+    const uint32_t rows = chroma_rows(planar, height);
     cycbcr_invert(p.y, dstPitch, height);
-    cycbcr_invert(p.cb, dstPitch / 2, chromaRows);
-    cycbcr_invert(p.cr, dstPitch / 2, chromaRows);
+    cycbcr_invert(p.cb, chroma_pitch(dstPitch), rows);
+    cycbcr_invert(p.cr, chroma_pitch(dstPitch), rows);
 }
 
+namespace {
+
+// dstPitch * height + (dstPitch * height / 2, lowest bit cleared).
 uint32_t toplanar_result(uint32_t dstPitch, uint32_t height) {
     const uint32_t luma = dstPitch * height;
     return luma + ((luma / 2) & ~1u);
 }
 
-}  // namespace cycbcr::detail
-
-using namespace cycbcr::detail;
-namespace ipp = cycbcr::ipp;
-
-namespace {
-
-// The imaging-library path of the two P422 wrappers; false when it reports a
-// failure and the engine must run instead.
-bool packed_to_p422_imaging(Packed format, uint8_t* dst, const uint8_t* src, uint32_t width,
-                            uint32_t height, uint32_t dstPitch, uint32_t srcPitch) {
-    const Planes p = planes_of(Planar::P422, dst, dstPitch, height);
+// The imaging-library path of the UYVY and YUY2 to P422 wrappers; false when it
+// reports a failure and the engine must run instead.
+bool to_p422_imaging(Format from, uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height,
+                     uint32_t dstPitch, uint32_t srcPitch) {
+    namespace ipp = cycbcr::ipp;
+    const Planes p = planar_planes(Format::P422, dst, dstPitch, height);
     ipp::Ipp8u* planes[3] = {p.y, p.cb, p.cr};
-    int steps[3] = {static_cast<int>(dstPitch), static_cast<int>(dstPitch / 2),
-                    static_cast<int>(dstPitch / 2)};
+    const int cp = static_cast<int>(chroma_pitch(dstPitch));
+    int steps[3] = {static_cast<int>(dstPitch), cp, cp};
     const ipp::IppiSize roi{static_cast<int>(width), static_cast<int>(height)};
+    const int step = static_cast<int>(srcPitch);
     const ipp::IppStatus status =
-        format == Packed::UYVY
-            ? ipp::ippiCbYCr422ToYCbCr422_8u_C2P3R(src, static_cast<int>(srcPitch), planes, steps,
-                                                   roi)
-            : ipp::ippiYCbCr422_8u_C2P3R(src, static_cast<int>(srcPitch), planes, steps, roi);
+        from == Format::UYVY ? ipp::ippiCbYCr422ToYCbCr422_8u_C2P3R(src, step, planes, steps, roi)
+                             : ipp::ippiYCbCr422_8u_C2P3R(src, step, planes, steps, roi);
     return status == ipp::ippStsNoErr;
 }
 
+template <Format From, Format To, auto Avx2>
+unsigned int packed_planar(CYCBCR_CONVERTER_ARGS) {
+    const Paths paths = entry(OnEntry::ChooseLevel);
+    if (paths.avx2) return Avx2(CYCBCR_CONVERTER_CALL);
+    if constexpr (is_packed422(From)) {
+        if constexpr (To == Format::P422 && (From == Format::UYVY || From == Format::YUY2))
+            if (paths.imaging && to_p422_imaging(From, dst, src, width, height, dstPitch, srcPitch))
+                return dstPitch * height;
+        const Planes p = planar_planes(To, dst, dstPitch, height);
+        const Planes s = packed_samples(From, const_cast<uint8_t*>(src));
+        const uint32_t r = cycbcr_toplanar(s.y, s.cb, s.cr, p.y, p.cb, p.cr, width, height,
+                                           dstPitch, srcPitch, full_height_chroma(To) ? 1 : 0);
+        if constexpr (From == Format::CYUV) invert_planes(To, dst, dstPitch, height);
+        return r;
+    } else {
+        // Planar sources of packed output are placed by the width, whatever the pitch.
+        const Planes p = planar_planes(From, const_cast<uint8_t*>(src), width, height);
+        const Planes d = packed_samples(To, dst);
+        const uint32_t r = cycbcr_fromplanar(p.y, p.cb, p.cr, d.y, d.cb, d.cr, width, height,
+                                             dstPitch, srcPitch, full_height_chroma(From) ? 1 : 0);
+        if constexpr (To == Format::CYUV) cycbcr_invert(dst, dstPitch, height);
+        return r;
+    }
+}
+
+bool same_planes(Format f, const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint32_t span,
+                 uint32_t height) {
+    const Planes p = planar_planes(f, const_cast<uint8_t*>(y), span, height);
+    return p.cb == cb && p.cr == cr;
+}
+
 }  // namespace
+}  // namespace cycbcr
 
-namespace cycbcr::detail {
-
-unsigned int packed_to_planar(Packed from, Planar to, Converter avx2, uint8_t* dst,
-                              const uint8_t* src, uint32_t width, uint32_t height,
-                              uint32_t dstPitch, uint32_t srcPitch) {
-    ensure_level();
-    if (avx2_path()) return avx2(dst, src, width, height, dstPitch, srcPitch);
-    if (to == Planar::P422 && (from == Packed::UYVY || from == Packed::YUY2) && imaging_path() &&
-        packed_to_p422_imaging(from, dst, src, width, height, dstPitch, srcPitch))
-        return dstPitch * height;
-    const Planes p = planes_of(to, dst, dstPitch, height);
-    const PackedPtrs s = packed_ptrs(from, const_cast<uint8_t*>(src));
-    const uint32_t r = cycbcr_toplanar(s.y, s.cb, s.cr, p.y, p.cb, p.cr, width, height, dstPitch,
-                                       srcPitch, to == Planar::P422 ? 1 : 0);
-    if (from == Packed::CYUV) invert_planes(to, dst, dstPitch, height);
-    return r;
-}
-
-unsigned int planar_to_packed(Planar from, Packed to, Converter avx2, uint8_t* dst,
-                              const uint8_t* src, uint32_t width, uint32_t height,
-                              uint32_t dstPitch, uint32_t srcPitch) {
-    ensure_level();
-    if (avx2_path()) return avx2(dst, src, width, height, dstPitch, srcPitch);
-    // Planar sources of packed output are placed by width, whatever the pitch.
-    const Planes p = planes_of(from, const_cast<uint8_t*>(src), width, height);
-    const PackedPtrs d = packed_ptrs(to, dst);
-    const uint32_t r = cycbcr_fromplanar(p.y, p.cb, p.cr, d.y, d.cb, d.cr, width, height, dstPitch,
-                                         srcPitch, from == Planar::P422 ? 1 : 0);
-    if (to == Packed::CYUV) cycbcr_invert(dst, dstPitch, height);
-    return r;
-}
-
-}  // namespace cycbcr::detail
+using namespace cycbcr;
 
 extern "C" {
 
@@ -210,16 +145,16 @@ CYCBCR_API unsigned int cycbcr_toplanar(const uint8_t* srcY, const uint8_t* srcC
                                         uint8_t* dstCr, unsigned int width, unsigned int height,
                                         unsigned int dstPitch, unsigned int srcPitch,
                                         unsigned int mode) {
-    cycbcr::ensure_level();
-    if (cycbcr::avx2_path() && srcCb == srcY - 1 && srcCr == srcY + 1) {
-        const uint32_t d = dstPitch * height;
+    // UYVY frames with their planes where the wrappers put them go to the AVX2
+    // forms at level 5.
+    if (entry(OnEntry::ChooseLevel).avx2 && packed_shape(srcY, srcCb, srcCr) == Format::UYVY) {
         uint8_t* packed = const_cast<uint8_t*>(srcCb);
         if (mode != 0) {
-            if (dstCb == dstY + d && dstCr == dstCb + (d >> 1))
+            if (same_planes(Format::P422, dstY, dstCb, dstCr, dstPitch, height))
                 return cycbcr_uyvy_to_p422_avx2(dstY, packed, width, height, dstPitch, srcPitch);
-        } else if (dstCb == dstY + d && dstCr == dstCb + (d >> 2)) {
+        } else if (same_planes(Format::I420, dstY, dstCb, dstCr, dstPitch, height)) {
             return cycbcr_uyvy_to_i420_avx2(dstY, packed, width, height, dstPitch, srcPitch);
-        } else if (dstCr == dstY + d && dstCb == dstCr + (d >> 2)) {
+        } else if (same_planes(Format::YV12, dstY, dstCb, dstCr, dstPitch, height)) {
             return cycbcr_uyvy_to_yv12_avx2(dstY, packed, width, height, dstPitch, srcPitch);
         }
     }
@@ -232,9 +167,15 @@ CYCBCR_API unsigned int cycbcr_toplanar_sse2(const uint8_t* srcY, const uint8_t*
                                              uint8_t* dstCr, unsigned int width,
                                              unsigned int height, unsigned int dstPitch,
                                              unsigned int srcPitch, unsigned int mode) {
-    cycbcr::ensure_level();
-    toplanar_frame(srcY, srcCb, srcCr, dstY, dstCb, dstCr, width, height, dstPitch, srcPitch, mode,
-                   split_row);
+    entry(OnEntry::ChooseLevel);
+    const ToPlanarFrame f{
+        {const_cast<uint8_t*>(srcY), const_cast<uint8_t*>(srcCb), const_cast<uint8_t*>(srcCr)},
+        {dstY, dstCb, dstCr},
+        width,
+        dstPitch,
+        srcPitch,
+        mode != 0 ? ChromaRows::Own : ChromaRows::FieldKept};
+    toplanar_rows(f, all_rows(height), plain::split_kernel(packed_shape(srcY, srcCb, srcCr)));
     return toplanar_result(dstPitch, height);
 }
 
@@ -243,27 +184,26 @@ CYCBCR_API unsigned int cycbcr_fromplanar(const uint8_t* srcY, const uint8_t* sr
                                           uint8_t* dstCr, unsigned int width, unsigned int height,
                                           unsigned int dstPitch, unsigned int srcPitch,
                                           unsigned int mode) {
-    cycbcr::ensure_level();
-    const bool uyvy = dstCb == dstY - 1 && dstCr == dstY + 1;
-    if (uyvy && cycbcr::avx2_path()) {
-        const uint8_t* y = srcY;
+    const Paths paths = entry(OnEntry::ChooseLevel);
+    const Format shape = packed_shape(dstY, dstCb, dstCr);
+    if (shape == Format::UYVY && paths.avx2) {
+        // P422 planes placed by the pitch, I420 and YV12 planes by the width.
         if (mode == 1) {
-            const uint32_t s = height * srcPitch;
-            if (srcCb == y + s && srcCr == srcCb + (s >> 1))
-                return cycbcr_p422_to_uyvy_avx2(dstCb, y, width, height, dstPitch, srcPitch);
+            if (same_planes(Format::P422, srcY, srcCb, srcCr, srcPitch, height))
+                return cycbcr_p422_to_uyvy_avx2(dstCb, srcY, width, height, dstPitch, srcPitch);
         } else if (mode == 0) {
-            const uint32_t s = width * height;
-            if (srcCb == y + s && srcCr == srcCb + (s >> 2))
-                return cycbcr_i420_to_uyvy_avx2(dstCb, y, width, height, dstPitch, srcPitch);
-            if (srcCr == y + s && srcCb == srcCr + (s >> 2))
-                return cycbcr_yv12_to_uyvy_avx2(dstCb, y, width, height, dstPitch, srcPitch);
+            if (same_planes(Format::I420, srcY, srcCb, srcCr, width, height))
+                return cycbcr_i420_to_uyvy_avx2(dstCb, srcY, width, height, dstPitch, srcPitch);
+            if (same_planes(Format::YV12, srcY, srcCb, srcCr, width, height))
+                return cycbcr_yv12_to_uyvy_avx2(dstCb, srcY, width, height, dstPitch, srcPitch);
         }
     }
-    if (uyvy) {
+    if (shape == Format::UYVY) {
         // UYVY output goes to the imaging library at every level; its status is
         // not looked at.
-        const int step = static_cast<int>(srcPitch);
-        int steps[3] = {step, static_cast<int>(srcPitch / 2), static_cast<int>(srcPitch / 2)};
+        namespace ipp = cycbcr::ipp;
+        const int cp = static_cast<int>(chroma_pitch(srcPitch));
+        int steps[3] = {static_cast<int>(srcPitch), cp, cp};
         const ipp::IppiSize roi{static_cast<int>(width), static_cast<int>(height)};
         if (mode == 0) {
             const ipp::Ipp8u* planes[3] = {srcY, srcCr, srcCb};
@@ -276,8 +216,14 @@ CYCBCR_API unsigned int cycbcr_fromplanar(const uint8_t* srcY, const uint8_t* sr
         }
         return dstPitch * height;
     }
-    fromplanar_frame(srcY, srcCb, srcCr, dstY, dstCb, dstCr, width, height, dstPitch, srcPitch,
-                     mode, merge_row);
+    const FromPlanarFrame f{
+        {const_cast<uint8_t*>(srcY), const_cast<uint8_t*>(srcCb), const_cast<uint8_t*>(srcCr)},
+        {dstY, dstCb, dstCr},
+        width,
+        dstPitch,
+        srcPitch,
+        mode != 0};
+    fromplanar_rows(f, all_rows(height), plain::merge_kernel(shape));
     return dstPitch * height;
 }
 
@@ -290,35 +236,36 @@ CYCBCR_API unsigned int cycbcr_fromplanar_fieldinvert(const uint8_t* srcY, const
     mode &= 0xF;
     if (height == 0) return 0;
     const size_t pairs = (width + 1) / 2;
-    const size_t yStep = width == srcPitch ? 2 * pairs : srcPitch;
+    const Rows y = rows_down(srcY, run_on_step(srcPitch, width, 2 * pairs));
+    const PackedRows out = packed_rows({dstY, dstCb, dstCr}, dstPitch);
     // Chroma pointers run on from row to row; mode 0 moves them back to chroma
     // row (i - 1) / 2 on odd source rows and steps them every second pair, so
     // one chroma sample serves four pixels.
     const uint8_t* cb = srcCb;
     const uint8_t* cr = srcCr;
     const size_t chromaStep = mode == 2 ? 2 : 1;
-    for (uint32_t i = 0; i < height; ++i) {
-        const uint32_t outRow = i ^ 1u;  // the two fields change places
-        uint8_t* d = dstY + static_cast<size_t>(outRow) * dstPitch;
-        uint8_t* dcb = dstCb + static_cast<size_t>(outRow) * dstPitch;
-        uint8_t* dcr = dstCr + static_cast<size_t>(outRow) * dstPitch;
-        const uint8_t* y = srcY + i * yStep;
+    walk(all_rows(height), [&](uint32_t i) {
+        const uint32_t o = field_exchanged(i);  // the two fields change places
+        uint8_t* d = out.y.at(o);
+        uint8_t* dcb = out.cb.at(o);
+        uint8_t* dcr = out.cr.at(o);
+        const uint8_t* ys = y.at(i);
         if (mode == 0 && (i & 1) != 0) {
-            const size_t c = static_cast<size_t>((i - 1) / 2) * (srcPitch / 2);
+            const size_t c = static_cast<size_t>((i - 1) / 2) * chroma_pitch(srcPitch);
             cb = srcCb + c;
             cr = srcCr + c;
         }
         for (size_t k = 0; k < pairs; ++k) {
-            d[4 * k] = y[2 * k];
+            d[4 * k] = ys[2 * k];
             dcb[4 * k] = *cb;
-            d[4 * k + 2] = y[2 * k + 1];
+            d[4 * k + 2] = ys[2 * k + 1];
             dcr[4 * k] = *cr;
             if (mode != 0 || (k & 1) != 0) {
                 cb += chromaStep;
                 cr += chromaStep;
             }
         }
-    }
+    });
     return height * dstPitch;
 }
 
@@ -328,32 +275,33 @@ CYCBCR_API unsigned int cycbcr_toplanar_fieldinvert(const uint8_t* srcY, const u
                                                     unsigned int width, unsigned int height,
                                                     unsigned int dstPitch, unsigned int srcPitch,
                                                     unsigned int mode) {
-    cycbcr::ensure_level();
+    entry(OnEntry::ChooseLevel);
     const uint32_t r = toplanar_result(dstPitch, height);
     const size_t pairs = width / 2;
-    const size_t step = srcPitch == 2 * width ? pairs * 4 : srcPitch;
-    for (uint32_t i = 0; i < height; ++i) {
-        const size_t in = i * step;
-        const size_t c = static_cast<size_t>(i / 2) * (dstPitch / 2);
-        // Chroma of each pair goes to its pair's place in chroma row i / 2; 4:2:0
-        // takes it from the even source rows.
-        split_row(srcY + in, srcCb + in, srcCr + in, dstY + static_cast<size_t>(i ^ 1u) * dstPitch,
-                  dstCb + c, dstCr + c, pairs, mode != 0 || (i & 1) == 0);
-    }
+    const PackedRows s = packed_rows(
+        {const_cast<uint8_t*>(srcY), const_cast<uint8_t*>(srcCb), const_cast<uint8_t*>(srcCr)},
+        run_on_step(srcPitch, 2 * width, 4 * pairs));
+    const Rows y = rows_down(dstY, dstPitch);
+    const Rows cb = rows_down(dstCb, chroma_pitch(dstPitch));
+    const Rows cr = rows_down(dstCr, chroma_pitch(dstPitch));
+    // Each pair's chroma goes to its pair's place in chroma row i / 2; 4:2:0 takes
+    // it from the even source rows.
+    const ChromaRows rule = mode != 0 ? ChromaRows::Shared : ChromaRows::EvenOnly;
+    const SplitRow row = plain::split_kernel(packed_shape(srcY, srcCb, srcCr));
+    walk(all_rows(height), [&](uint32_t i) {
+        const ChromaRow c = chroma_row(rule, i);
+        row(s.y.at(i), s.cb.at(i), s.cr.at(i), y.at(field_exchanged(i)), cb.at(c.row), cr.at(c.row),
+            pairs, c.present);
+    });
     return r;
 }
 
 // The wrappers: plane and pair positions, then the engine (or the AVX2 form).
-#define CYCBCR_TO_PLANAR(name, from, to)                                                        \
-    CYCBCR_API unsigned int name(CYCBCR_CONVERTER_ARGS) {                                       \
-        return packed_to_planar(Packed::from, Planar::to, name##_avx2, dst, src, width, height, \
-                                dstPitch, srcPitch);                                            \
+#define CYCBCR_BODY(name, form, from, to)                                            \
+    CYCBCR_API unsigned int name(CYCBCR_CONVERTER_ARGS) {                            \
+        return packed_planar<Format::from, Format::to, form>(CYCBCR_CONVERTER_CALL); \
     }
-#define CYCBCR_FROM_PLANAR(name, from, to)                                                      \
-    CYCBCR_API unsigned int name(CYCBCR_CONVERTER_ARGS) {                                       \
-        return planar_to_packed(Planar::from, Packed::to, name##_avx2, dst, src, width, height, \
-                                dstPitch, srcPitch);                                            \
-    }
-CYCBCR_PACKED_PLANAR_CONVERTERS(CYCBCR_TO_PLANAR, CYCBCR_FROM_PLANAR)
+CYCBCR_PACKED_PLANAR_PAIRS(CYCBCR_DEFINE)
+#undef CYCBCR_BODY
 
 }  // extern "C"

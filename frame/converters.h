@@ -1,0 +1,28 @@
+// Every converter with the converter argument list, gathered from the families'
+// lists (rows as in frame/export.h). The dispatcher, the buffer-size query, the
+// tests and the benchmarks read these instead of naming converters themselves.
+#pragma once
+
+#include "ycbcr10/v210_list.h"
+#include "ycbcr8/byte_order_list.h"
+#include "ycbcr8/packed_planar_list.h"
+#include "ycbcr8/planar_copy_list.h"
+
+// The converter of each pair of formats, as the dispatcher calls it.
+#define CYCBCR_PAIR_CONVERTERS(X) \
+    CYCBCR_BYTE_ORDER_PAIRS(X)    \
+    CYCBCR_PACKED_PLANAR_PAIRS(X) \
+    CYCBCR_PLANAR_COPY_PAIRS(X)   \
+    CYCBCR_V210_PAIRS(X)
+
+// The other forms of those converters: AVX2 forms (taken by a pair's converter
+// at level 5, or exported for callers) and the plain forms of the UYVY <-> v210
+// pair. Each converts its pair of formats as the pair's converter does.
+#define CYCBCR_CONVERTER_FORMS(X)      \
+    CYCBCR_BYTE_ORDER_AVX2_FORMS(X)    \
+    CYCBCR_PACKED_PLANAR_AVX2_FORMS(X) \
+    CYCBCR_PLANAR_COPY_AVX2_FORMS(X)   \
+    CYCBCR_V210_PLAIN_FORMS(X)         \
+    CYCBCR_V210_UYVY_AVX2_FORMS(X)     \
+    CYCBCR_V210_UNPACK_AVX2_FORMS(X)   \
+    CYCBCR_V210_PACK_AVX2_FORMS(X)
