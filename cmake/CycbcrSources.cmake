@@ -9,6 +9,7 @@ set(CYCBCR_SOURCES
     frame/formats.cpp
     frame/proc_level.cpp
     frame/dispatch.cpp
+    frame/buffer_sizes.cpp
 
     ycbcr8/byte_order.cpp
     ycbcr8/byte_order_avx2.cpp

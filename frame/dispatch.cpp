@@ -23,11 +23,6 @@ constexpr PairTable make_pairs() {
 }
 constexpr PairTable kPairs = make_pairs();
 
-// The format a destination code stands for: "422P" names a source layout only.
-Format destination_format(uint32_t fourcc) {
-    return fourcc == CYCBCR_FOURCC_422P ? Format::Unknown : canonical_format(fourcc);
-}
-
 }  // namespace
 
 cycbcr_converter pair_converter(Format from, Format to) {

@@ -43,6 +43,10 @@ Format canonical_format(uint32_t fourcc) {
     }
 }
 
+Format destination_format(uint32_t fourcc) {
+    return fourcc == CYCBCR_FOURCC_422P ? Format::Unknown : canonical_format(fourcc);
+}
+
 }  // namespace cycbcr
 
 void _fixPitch(unsigned int fourcc, unsigned int width, unsigned int& pitch) {  // NOLINT

@@ -128,5 +128,7 @@ CYCBCR_INLINE constexpr bool full_height_chroma(Format f) {
 // other code. "422P" gives P422: the dispatcher refuses it as a destination on
 // its own.
 Format canonical_format(uint32_t fourcc);
+// The same for a destination code: "422P" names a source layout only.
+Format destination_format(uint32_t fourcc);
 
 }  // namespace cycbcr

@@ -45,13 +45,19 @@ CYCBCR_INLINE Format packed_shape(const void* y, const void* cb, const void* cr)
 // conversion to packed 4:2:2, where it is the width whatever the pitch.
 enum class PlaneSpan : uint8_t { Pitch, Width };
 
-CYCBCR_INLINE constexpr Planes planar_planes(Format f, uint8_t* base, uint32_t span,
-                                             uint32_t height) {
+struct PlaneOffsets {
+    uint64_t cb, cr;  // the Y plane is at 0
+};
+CYCBCR_INLINE constexpr PlaneOffsets planar_offsets(Format f, uint32_t span, uint32_t height) {
     const uint32_t d = span * height;
     const uint32_t second = full_height_chroma(f) ? d >> 1 : d >> 2;
-    uint8_t* first = base + d;
-    if (info(f).cr_first) return {base, first + second, first};
-    return {base, first, first + second};
+    if (info(f).cr_first) return {uint64_t{d} + second, d};
+    return {d, uint64_t{d} + second};
+}
+CYCBCR_INLINE constexpr Planes planar_planes(Format f, uint8_t* base, uint32_t span,
+                                             uint32_t height) {
+    const PlaneOffsets o = planar_offsets(f, span, height);
+    return {base, base + o.cb, base + o.cr};
 }
 CYCBCR_INLINE constexpr Planes planar_planes(Format f, uint8_t* base, PlaneSpan span,
                                              uint32_t width, uint32_t height, uint32_t pitch) {

@@ -8,9 +8,11 @@
  *                                        unsigned int dstPitch, unsigned int srcPitch);
  *
  * width and height are in pixels and rows, pitches in bytes. Converters check
- * nothing: pointers, sizes and pitches are the caller's responsibility, and each
- * family below says how many bytes it reads and writes. Each returns a byte count
- * whose definition is given with its family (it is not always the bytes written).
+ * nothing: pointers, sizes and pitches are the caller's responsibility. Each
+ * family below says how its rows are read and written, and
+ * cycbcr_buffer_sizes() answers exactly how many bytes of each buffer the
+ * converter of a pair touches. Each returns a byte count whose definition is
+ * given with its family (it is not always the bytes written).
  *
  * All entry points are safe to call from any number of threads at once; the only
  * process-wide state is the processor level (gdwProcType).
@@ -168,6 +170,24 @@ typedef unsigned int (*cycbcr_converter)(uint8_t* dst, const uint8_t* src, unsig
                                          unsigned int height, unsigned int dstPitch,
                                          unsigned int srcPitch);
 CYCBCR_API cycbcr_converter cycbcr_pair_converter(unsigned int dstFourCC, unsigned int srcFourCC);
+
+/* Buffer sizes: the bytes the converter of a pair (the one cycbcr_pair_converter
+ * gives) reads from the start of src and writes from the start of dst when
+ * called with exactly this width, height and these pitches, on whichever path
+ * it takes at any processor level: rows of whole pixel groups past the width,
+ * rows that run on, planes placed by the pitch or the width, and a cyuv result
+ * turned over whole pitches at a time, all included. A buffer of at least these
+ * sizes is never read or written past its end. The _avx2 and _opt forms of the
+ * pair touch no more. For a call through cycbcr_transcode, give the pitches it
+ * passes on: cycbcr_fix_pitch(code, width, pitch) of each. Either pointer may be
+ * NULL. Returns 1, or 0 (both sizes 0) for a pair this build does not convert.
+ * The sizes say how far a converter reaches, not whether its result is the
+ * picture a viewer expects: see the README on widths that are not a whole
+ * number of the converter's pixel groups. */
+CYCBCR_API unsigned int cycbcr_buffer_sizes(unsigned int dstFourCC, unsigned int srcFourCC,
+                                            unsigned int width, unsigned int height,
+                                            unsigned int dstPitch, unsigned int srcPitch,
+                                            uint64_t* dstBytes, uint64_t* srcBytes);
 
 /* The pitch rule of the dispatcher (_fixPitch below), as a C function: the pitch
  * cycbcr_transcode passes on for a buffer of this code and width. */
@@ -338,8 +358,12 @@ CYCBCR_API void cycbcr_invert(uint8_t* buf, unsigned int pitch, unsigned int hei
  *
  * Planar to packed writes ceil(width / 2) pairs per row (an odd width reads one
  * Y byte past the row); when width == srcPitch the Y rows run on, and P422
- * chroma is read as one run of ceil(width / 2) samples per row. Results:
- * dstPitch * height.
+ * chroma is read as one run of ceil(width / 2) samples per row, except for UYVY
+ * and cyuv output below level 5, whose imaging-library path reads P422 chroma
+ * rows srcPitch / 2 apart: with a source pitch above the width it reads up to
+ * (height - 1) * (srcPitch / 2 - width / 2) bytes further into the source.
+ * Results: dstPitch * height. cycbcr_buffer_sizes gives the exact extent of
+ * every path. 
  *
  * cyuv: converted as UYVY, then the planes (or the packed frame) are flipped
  * with cycbcr_invert, padding rows included. */
@@ -506,9 +530,14 @@ CYCBCR_API unsigned int cycbcr_planar_422_420_avx2(uint8_t* dY, uint8_t* dA, uin
  *     Fromv210                  truncated:             v >> 2
  *
  * Buffer sizes: rows are converted in whole groups. A v210 row of
- * v210_row_bytes(width) always has room. 8-bit rows written by the UYVY to v210
- * packers read ceil(width / 6) * 12 source bytes per row; Fromv210 and
- * Fromv210_16 write width rounded up to 12 pixels in every row and plane. */
+ * v210_row_bytes(width) always has room. The packers into v210 read
+ * ceil(width / 6) * 12 bytes of each packed 8-bit row; Fromv210 and Fromv210_16
+ * write the width rounded up to 12 pixels in every row and plane, so an 8-bit
+ * planar destination at a pitch below that writes the last luma row's tail over
+ * the first chroma bytes and the last chroma row's past the frame (give such
+ * frames a pitch of at least the width rounded up to 12, through the converter
+ * itself: the dispatcher's pitch rule may lower it). cycbcr_buffer_sizes gives
+ * the exact extents. */
 
 /* The natural size of one v210 row: ceil(width / 48) * 128 bytes. */
 CYCBCR_API unsigned int v210_row_bytes(unsigned int width);

@@ -2,9 +2,13 @@
 // level 5 and otherwise one of the plain engines with a fixed pointer convention.
 #include <type_traits>
 
+#include <algorithm>
+
+#include "frame/buffer_sizes.h"
 #include "frame/entry.h"
 #include "frame/export.h"
 #include "frame/geometry.h"
+#include "ycbcr10/v210.h"
 #include "ycbcr10/v210_list.h"
 
 namespace cycbcr {
@@ -53,7 +57,86 @@ unsigned int v210_entry(CYCBCR_CONVERTER_ARGS) {
     }
 }
 
+// The end of the v210 bytes read for samples 0 .. count - 1 in address order: a
+// sample is read as its whole 32-bit word.
+uint64_t samples_end(uint64_t count) {
+    if (count == 0) return 0;
+    const uint64_t last = count - 1;
+    return last / 12 * kV210GroupBytes + 4 * (last % 12 / 3 + 1);
+}
+
+// UYVY <-> v210: the plain forms and the AVX2 forms.
+Extent uyvy_pair_extent(Format to, const Call& c) {
+    const uint32_t w = c.width, h = c.height, dp = c.dstPitch, sp = c.srcPitch;
+    const uint64_t groups = pack_groups(w);
+    if (to == Format::V210) {
+        // Its own pitch rule; the same walk on both paths.
+        const uint32_t minimum = (w * 16) / 6;
+        const uint32_t dpu = dp >= minimum ? dp : (minimum + 63) & ~63u;
+        return {rows_end(0, h, std::max(2 * w, sp), 12 * groups), rows_end(0, h, dpu, 16 * groups)};
+    }
+    // The plain form writes whole pixel pairs from the samples they need, with a
+    // source pitch of 0 read as one stream; the AVX2 form whole groups at the
+    // pitches as passed.
+    const uint64_t rowOut = uint64_t{4} * ((w + 1) / 2);
+    const uint64_t plainSrc = sp == 0 ? samples_end(h * rowOut)
+                                      : rows_end(0, h, std::max(v210_row_size(w), sp),
+                                                 samples_end(rowOut));
+    return {widest(plainSrc, rows_end(0, h, sp, 16 * groups)),
+            widest(rows_end(0, h, dp, rowOut), rows_end(0, h, dp, 12 * groups))};
+}
+
 }  // namespace
+
+Extent v210_extent(Format from, Format to, const Call& c) {
+    const uint32_t w = c.width, h = c.height, dp = c.dstPitch, sp = c.srcPitch;
+    if (from == Format::V210 && to == Format::V210) {  // the interleaved copy
+        const uint64_t n = dp == sp ? dp : std::min(dp, sp);
+        return {rows_end(0, h, sp, n), rows_end(0, h, dp, n)};
+    }
+    if (from == Format::UYVY || to == Format::UYVY) return uyvy_pair_extent(to, c);
+    if (from == Format::V210) {
+        // Fromv210 and the AVX2 forms: the width rounded up to 12 pixels in every
+        // row and plane.
+        const uint64_t groups = unpack_groups(w);
+        Extent e{rows_end(0, h, std::max(v210_row_size(w), sp), 16 * groups), 0};
+        if (is_packed422(to)) {
+            e.dst = rows_end(0, h, dp, 12 * groups);
+            if (to == Format::CYUV) e.dst = widest(e.dst, inverted_end(0, h, dp));
+        } else {
+            const PlaneOffsets p = planar_offsets(to, dp, h);
+            const ChromaRow last = last_chroma_row(
+                full_height_chroma(to) ? ChromaRows::Own : ChromaRows::LastWriteWins, h);
+            const uint64_t chroma = widest(p.cb, p.cr) + last.row * uint64_t{chroma_pitch(dp)};
+            e.dst = widest(rows_end(0, h, dp, 6 * groups),
+                           last.present && groups != 0 ? chroma + 3 * groups : 0);
+        }
+        return e;
+    }
+    // Tov210 and the AVX2 forms: whole groups, the destination pitch at least the
+    // natural row.
+    const uint64_t groups = pack_groups(w);
+    Extent e{0, rows_end(0, h, std::max(v210_row_size(w), dp), 16 * groups)};
+    if (is_packed422(from)) {
+        e.src = rows_end(0, h, run_on_step(sp, 2 * w, 12 * groups), 12 * groups);
+        if (from == Format::CYUV) e.dst = widest(e.dst, inverted_end(0, h, dp));
+        return e;
+    }
+    // Planes found by srcPitch and read as tightly packed rows; the AVX2 form of
+    // I420 reads its rows a pitch apart.
+    const PlaneOffsets p = planar_offsets(from, sp, h);
+    const ChromaRow last =
+        last_chroma_row(full_height_chroma(from) ? ChromaRows::Own : ChromaRows::Shared, h);
+    auto planes = [&](uint64_t lumaPitch, uint64_t chromaPitch) {
+        const uint64_t chroma = widest(p.cb, p.cr) + last.row * chromaPitch;
+        return widest(rows_end(0, h, lumaPitch, 6 * groups),
+                      last.present && groups != 0 ? chroma + 3 * groups : 0);
+    };
+    e.src = planes(w, w / 2);
+    if (from == Format::I420) e.src = widest(e.src, planes(sp, chroma_pitch(sp)));
+    return e;
+}
+
 }  // namespace cycbcr
 
 extern "C" {

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <type_traits>
 
+#include "frame/buffer_sizes.h"
 #include "frame/entry.h"
 #include "frame/export.h"
 #include "frame/formats.h"
@@ -40,16 +41,23 @@ void plain::chroma_exchange_row(uint8_t* dst, const uint8_t* src, size_t n) {
 
 namespace {
 
-// What a byte-order converter does, by its pair of formats. cyuv is UYVY stored
-// bottom-up: the converters to it from the other orders make UYVY and then turn
-// the destination over.
+// What a byte-order converter does, by its pair of formats in either direction
+// (each operation is its own inverse). cyuv is UYVY stored bottom-up: between it
+// and YUY2 or YVYU the converters make UYVY and then turn the destination over.
 enum class Op { Copy, WordSwap, ChromaExchange, PairWordSwap, Reverse };
+constexpr bool flips(Format from, Format to) {
+    return (from == Format::CYUV) != (to == Format::CYUV) && from != Format::UYVY &&
+           to != Format::UYVY;
+}
 constexpr Op operation(Format from, Format to) {
-    if (to == Format::CYUV && from != Format::UYVY) to = Format::UYVY;
+    if (flips(from, to)) (from == Format::CYUV ? from : to) = Format::UYVY;
+    auto is = [from, to](Format a, Format b) {
+        return (from == a && to == b) || (from == b && to == a);
+    };
     if (from == to) return Op::Copy;
-    if (to == Format::CYUV) return Op::Reverse;
-    if (from == Format::YVYU && to == Format::UYVY) return Op::PairWordSwap;
-    if (to == Format::YVYU) return Op::ChromaExchange;
+    if (is(Format::UYVY, Format::CYUV)) return Op::Reverse;
+    if (is(Format::YVYU, Format::UYVY)) return Op::PairWordSwap;
+    if (is(Format::YUY2, Format::YVYU)) return Op::ChromaExchange;
     return Op::WordSwap;
 }
 
@@ -93,11 +101,50 @@ unsigned int byte_order(CYCBCR_CONVERTER_ARGS) {
         const uint32_t n = std::min(dstPitch, srcPitch);
         walk(all_rows(height), [&](uint32_t i) { CopyMemoryFast(d.at(i), s.at(i), n); });
     }
-    if constexpr (To == Format::CYUV && From != Format::UYVY) cycbcr_invert(dst, dstPitch, height);
+    if constexpr (flips(From, To)) cycbcr_invert(dst, dstPitch, height);
     return height * dstPitch;
 }
 
 }  // namespace
+
+Extent byte_order_extent(Format from, Format to, const Call& c) {
+    const uint32_t h = c.height, dp = c.dstPitch, sp = c.srcPitch;
+    const uint64_t n = std::min(dp, sp);
+    const uint64_t pairBytes = uint64_t{4} * (c.width / 2);
+    auto rows = [h, dp, sp](uint64_t bytes) -> Extent {
+        return {rows_end(0, h, sp, bytes), rows_end(0, h, dp, bytes)};
+    };
+    // The plain word swap: with equal pitches one run of (dstPitch * height) / 2
+    // words; the AVX2 form: rows of the whole words of min(dstPitch, srcPitch).
+    auto word_swap = [&]() -> Extent {
+        if (h != 0 && dp == sp) {
+            const uint64_t run = uint64_t{(dp * h) / 2} * 2;
+            return {run, run};
+        }
+        return rows(n & ~uint64_t{1});
+    };
+    Extent e;
+    switch (operation(from, to)) {
+        case Op::Copy:
+            e = rows(dp == sp ? dp : n);
+            break;
+        case Op::WordSwap:
+            e = widest(word_swap(), rows(n & ~uint64_t{1}));
+            break;
+        case Op::ChromaExchange:
+            e = rows(pairBytes);
+            break;
+        case Op::PairWordSwap:
+            e = widest(rows(pairBytes), rows(n & ~uint64_t{1}));
+            break;
+        case Op::Reverse:
+            e = rows(n);
+            break;
+    }
+    if (flips(from, to)) e.dst = widest(e.dst, inverted_end(0, h, dp));
+    return e;
+}
+
 }  // namespace cycbcr
 
 extern "C" {

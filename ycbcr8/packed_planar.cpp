@@ -4,6 +4,7 @@
 
 #include <type_traits>
 
+#include "frame/buffer_sizes.h"
 #include "frame/entry.h"
 #include "frame/export.h"
 #include "platform/imaging.h"
@@ -133,7 +134,76 @@ bool same_planes(Format f, const uint8_t* y, const uint8_t* cb, const uint8_t* c
     return p.cb == cb && p.cr == cr;
 }
 
+// The end of a chroma plane at `plane` bytes whose rows are `pitch` apart, the
+// last one read or written `last` (when present), `bytes` bytes each.
+uint64_t chroma_end(uint64_t plane, ChromaRow last, uint64_t pitch, uint64_t bytes) {
+    if (!last.present || bytes == 0) return 0;
+    return plane + last.row * pitch + bytes;
+}
+
+// The imaging library takes a call only when its size and steps suit it (as int).
+bool imaging_takes(const Call& c, uint32_t minHeight, uint32_t packedStep, uint32_t planeStep) {
+    return c.width >= 2 && c.height >= minHeight && static_cast<int>(packedStep) > 0 &&
+           static_cast<int>(planeStep) > 0 && static_cast<int>(planeStep / 2) > 0;
+}
+
+Extent to_planar_extent(Format from, Format to, const Call& c) {
+    const uint32_t h = c.height, dp = c.dstPitch, sp = c.srcPitch;
+    const uint64_t pairs = c.width / 2;
+    const PlaneOffsets p = planar_offsets(to, dp, h);
+    const uint64_t cp = chroma_pitch(dp);
+    // The engine and the AVX2 forms: rows running on at a pitch of 2 * width.
+    const ChromaRows rule = full_height_chroma(to) ? ChromaRows::Own : ChromaRows::FieldKept;
+    const ChromaRow last = last_chroma_row(rule, h);
+    Extent e{rows_end(0, h, run_on_step(sp, 2 * c.width, 4 * pairs), 4 * pairs),
+             widest(rows_end(0, h, dp, 2 * pairs),
+                    widest(chroma_end(p.cb, last, cp, pairs), chroma_end(p.cr, last, cp, pairs)))};
+    // The imaging library of the UYVY and YUY2 to P422 wrappers: rows a pitch apart.
+    if (to == Format::P422 && (from == Format::UYVY || from == Format::YUY2) &&
+        imaging_takes(c, 1, sp, dp))
+        e.src = widest(e.src, rows_end(0, h, sp, 4 * pairs));
+    if (from == Format::CYUV) {
+        const uint32_t rows = chroma_rows(to, h);
+        e.dst = widest(e.dst, widest(inverted_end(0, h, dp),
+                                     widest(inverted_end(p.cb, rows, cp), inverted_end(p.cr, rows, cp))));
+    }
+    return e;
+}
+
+Extent from_planar_extent(Format from, Format to, const Call& c) {
+    const uint32_t w = c.width, h = c.height, dp = c.dstPitch, sp = c.srcPitch;
+    const PlaneOffsets p = planar_offsets(from, w, h);  // placed by the width
+    const bool full = full_height_chroma(from);
+    // The engine's walk and the AVX2 forms: ceil(width / 2) pairs.
+    const uint64_t pairs = (w + 1) / 2;
+    const uint64_t cstep = full ? pairs : chroma_pitch(sp);
+    const ChromaRow last =
+        last_chroma_row(full ? ChromaRows::Own : ChromaRows::FieldRepeated, h);
+    Extent e{widest(rows_end(0, h, run_on_step(sp, w, 2 * pairs), 2 * pairs),
+                    widest(chroma_end(p.cb, last, cstep, pairs), chroma_end(p.cr, last, cstep, pairs))),
+             rows_end(0, h, dp, 4 * pairs)};
+    // UYVY output off the AVX2 path goes to the imaging library: width / 2 pairs,
+    // chroma rows srcPitch / 2 apart, 4:2:0 of the even part only.
+    if ((to == Format::UYVY || to == Format::CYUV) && imaging_takes(c, full ? 1 : 2, dp, sp)) {
+        const uint64_t ipairs = w / 2;
+        const uint32_t rows = full ? h : h & ~1u;
+        const ChromaRow ilast = last_chroma_row(full ? ChromaRows::Own : ChromaRows::Shared, rows);
+        const uint64_t icp = chroma_pitch(sp);
+        e.src = widest(e.src, widest(rows_end(0, rows, sp, 2 * ipairs),
+                                     widest(chroma_end(p.cb, ilast, icp, ipairs),
+                                            chroma_end(p.cr, ilast, icp, ipairs))));
+        e.dst = widest(e.dst, rows_end(0, rows, dp, 4 * ipairs));
+    }
+    if (to == Format::CYUV) e.dst = widest(e.dst, inverted_end(0, h, dp));
+    return e;
+}
+
 }  // namespace
+
+Extent packed_planar_extent(Format from, Format to, const Call& c) {
+    return is_packed422(from) ? to_planar_extent(from, to, c) : from_planar_extent(from, to, c);
+}
+
 }  // namespace cycbcr
 
 using namespace cycbcr;

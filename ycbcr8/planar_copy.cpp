@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "frame/buffer_sizes.h"
 #include "frame/entry.h"
 #include "frame/export.h"
 #include "frame/geometry.h"
@@ -75,6 +76,39 @@ unsigned int planar_copy(CYCBCR_CONVERTER_ARGS) {
 }
 
 }  // namespace
+
+Extent planar_copy_extent(Format from, Format to, const Call& c) {
+    const uint32_t w = c.width, h = c.height, dp = c.dstPitch, sp = c.srcPitch;
+    // Both chroma planes of a side see the same rows: the later plane ends last.
+    const PlaneOffsets dpl = planar_offsets(to, dp, h), spl = planar_offsets(from, sp, h);
+    const uint64_t dPlane = widest(dpl.cb, dpl.cr), sPlane = widest(spl.cb, spl.cr);
+    auto block = [](uint64_t plane, uint64_t bytes) { return bytes == 0 ? 0 : plane + bytes; };
+    const uint32_t luma = dp * h;
+    const bool dst422 = full_height_chroma(to), src422 = full_height_chroma(from);
+    if (dst422 && src422)  // whole planes sized by dstPitch
+        return {widest(luma, block(sPlane, luma / 2)), widest(luma, block(dPlane, luma / 2))};
+    if (!dst422 && !src422) {
+        if (dp == sp)
+            return {widest(luma, block(sPlane, luma / 4)), widest(luma, block(dPlane, luma / 4))};
+        const uint64_t n = std::min(dp, sp);
+        auto chroma = [&](uint64_t plane, uint64_t pitch) {
+            return h / 2 == 0 || n / 2 == 0 ? 0 : plane + ((h / 2 - 1) * pitch) / 2 + n / 2;
+        };
+        return {widest(rows_end(0, h, sp, n), chroma(sPlane, sp)),
+                widest(rows_end(0, h, dp, n), chroma(dPlane, dp))};
+    }
+    // Width bytes of luma a row, width / 2 of chroma, whole chroma rows repeated
+    // or dropped.
+    const uint64_t half = w / 2;
+    auto chroma = [half, h](uint64_t plane, uint64_t row, uint64_t pitch) {
+        return half == 0 || h == 0 ? 0 : plane + row * pitch + half;
+    };
+    const uint32_t lastEven = h == 0 ? 0 : (h - 1) & ~1u;
+    const uint64_t sRow = dst422 ? (h - 1) / 2 : lastEven, dRow = dst422 ? h - 1 : lastEven / 2;
+    return {widest(rows_end(0, h, sp, w), chroma(sPlane, sRow, chroma_pitch(sp))),
+            widest(rows_end(0, h, dp, w), chroma(dPlane, dRow, chroma_pitch(dp)))};
+}
+
 }  // namespace cycbcr
 
 extern "C" {

@@ -1,0 +1,58 @@
+// cycbcr_buffer_sizes: the bytes the converter of a pair reads and writes, from
+// the family that owns the pair.
+#include "frame/buffer_sizes.h"
+
+#include "frame/converters.h"
+#include "frame/export.h"
+
+namespace cycbcr {
+namespace {
+
+constexpr size_t kFormats = static_cast<size_t>(Format::RGBPlanar) + 1;
+
+struct ExtentTable {
+    ExtentOf fn[kFormats][kFormats] = {};
+};
+constexpr ExtentTable make_extents() {
+    ExtentTable t;
+    auto set = [&t](Format from, Format to, ExtentOf fn) {
+        t.fn[static_cast<size_t>(from)][static_cast<size_t>(to)] = fn;
+    };
+#define CYCBCR_BYTE_ORDER_ROW(name, form, from, to, ...) \
+    set(Format::from, Format::to, byte_order_extent);
+#define CYCBCR_PACKED_PLANAR_ROW(name, form, from, to, ...) \
+    set(Format::from, Format::to, packed_planar_extent);
+#define CYCBCR_PLANAR_COPY_ROW(name, form, from, to, ...) \
+    set(Format::from, Format::to, planar_copy_extent);
+#define CYCBCR_V210_ROW(name, form, from, to, ...) set(Format::from, Format::to, v210_extent);
+    CYCBCR_BYTE_ORDER_PAIRS(CYCBCR_BYTE_ORDER_ROW)
+    CYCBCR_PACKED_PLANAR_PAIRS(CYCBCR_PACKED_PLANAR_ROW)
+    CYCBCR_PLANAR_COPY_PAIRS(CYCBCR_PLANAR_COPY_ROW)
+    CYCBCR_V210_PAIRS(CYCBCR_V210_ROW)
+#undef CYCBCR_BYTE_ORDER_ROW
+#undef CYCBCR_PACKED_PLANAR_ROW
+#undef CYCBCR_PLANAR_COPY_ROW
+#undef CYCBCR_V210_ROW
+    return t;
+}
+constexpr ExtentTable kExtents = make_extents();
+
+}  // namespace
+}  // namespace cycbcr
+
+extern "C" CYCBCR_API unsigned int cycbcr_buffer_sizes(unsigned int dstFourCC,
+                                                       unsigned int srcFourCC, unsigned int width,
+                                                       unsigned int height, unsigned int dstPitch,
+                                                       unsigned int srcPitch, uint64_t* dstBytes,
+                                                       uint64_t* srcBytes) {
+    using cycbcr::Format;
+    const Format from = cycbcr::canonical_format(srcFourCC);
+    const Format to = cycbcr::destination_format(dstFourCC);
+    const cycbcr::ExtentOf fn =
+        cycbcr::kExtents.fn[static_cast<size_t>(from)][static_cast<size_t>(to)];
+    const cycbcr::Extent e =
+        fn ? fn(from, to, {width, height, dstPitch, srcPitch}) : cycbcr::Extent{};
+    if (dstBytes) *dstBytes = e.dst;
+    if (srcBytes) *srcBytes = e.src;
+    return fn ? 1u : 0u;
+}

@@ -1,0 +1,47 @@
+// The bytes a converter touches, family by family: the rows of the public
+// buffer-size query. Each family answers next to the walk it describes, for
+// every path its converters may take at any level; the AVX2 and plain forms of
+// a pair touch no more than the pair's converter.
+#pragma once
+
+#include <cstdint>
+
+#include "frame/formats.h"
+#include "frame/row_walk.h"
+
+namespace cycbcr {
+
+// A call's numbers, as the converter receives them.
+struct Call {
+    uint32_t width, height, dstPitch, srcPitch;
+};
+
+// Bytes from the start of each buffer up to the end of the last byte touched.
+struct Extent {
+    uint64_t src = 0;
+    uint64_t dst = 0;
+};
+inline Extent widest(Extent a, Extent b) {
+    return {a.src > b.src ? a.src : b.src, a.dst > b.dst ? a.dst : b.dst};
+}
+inline uint64_t widest(uint64_t a, uint64_t b) {
+    return a > b ? a : b;
+}
+
+// The end of `rows` rows of `bytes` bytes each, `step` apart from `start`; 0 when
+// nothing is touched.
+inline uint64_t rows_end(uint64_t start, uint64_t rows, uint64_t step, uint64_t bytes) {
+    return rows == 0 || bytes == 0 ? 0 : start + (rows - 1) * step + bytes;
+}
+// The end of a frame turned over by cycbcr_invert: all its rows, whole pitches.
+inline uint64_t inverted_end(uint64_t start, uint64_t rows, uint64_t pitch) {
+    return rows < 2 ? 0 : start + rows * pitch;
+}
+
+using ExtentOf = Extent (*)(Format from, Format to, const Call& c);
+Extent byte_order_extent(Format from, Format to, const Call& c);
+Extent packed_planar_extent(Format from, Format to, const Call& c);
+Extent planar_copy_extent(Format from, Format to, const Call& c);
+Extent v210_extent(Format from, Format to, const Call& c);
+
+}  // namespace cycbcr

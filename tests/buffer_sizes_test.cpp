@@ -1,0 +1,216 @@
+// cycbcr_buffer_sizes against what the converters do: for every converter of the
+// lists, at every level, the source and destination end exactly where the
+// answer says, with an inaccessible page right after each, so that a read or
+// write past the answer crashes the test. The answer must also be tight: some
+// level writes within the last group of the answered destination bytes (seen by
+// running on two complementary destination fills) and reads within the last
+// group of the answered source bytes (seen by the output changing when those
+// bytes change).
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "cycbcr.h"
+#include "frame/converters.h"
+#include "frame/geometry.h"
+#include "support/frames.h"
+#include "support/guarded_buffer.h"
+
+using namespace cycbcr_test;
+using cycbcr::Format;
+
+namespace {
+
+struct Entry {
+    const char* name;
+    Converter fn;
+    Format from, to;
+    bool pair;  // the pair's own converter (else one of its forms)
+};
+
+void PrintTo(const Entry& e, std::ostream* os) {
+    *os << e.name;
+}
+
+std::vector<Entry> entries() {
+    std::vector<Entry> out;
+#define CYCBCR_PAIR_ENTRY(name, form, from, to, ...) \
+    out.push_back({#name, name, Format::from, Format::to, true});
+#define CYCBCR_FORM_ENTRY(name, form, from, to, ...) \
+    out.push_back({#name, name, Format::from, Format::to, false});
+    CYCBCR_PAIR_CONVERTERS(CYCBCR_PAIR_ENTRY)
+    CYCBCR_CONVERTER_FORMS(CYCBCR_FORM_ENTRY)
+#undef CYCBCR_PAIR_ENTRY
+#undef CYCBCR_FORM_ENTRY
+    return out;
+}
+
+uint32_t code_of(Format f) {
+    switch (f) {
+        case Format::UYVY:
+            return CYCBCR_FOURCC_UYVY;
+        case Format::YUY2:
+            return CYCBCR_FOURCC_YUY2;
+        case Format::YVYU:
+            return CYCBCR_FOURCC_YVYU;
+        case Format::CYUV:
+            return CYCBCR_FOURCC_cyuv;
+        case Format::I420:
+            return CYCBCR_FOURCC_I420;
+        case Format::YV12:
+            return CYCBCR_FOURCC_YV12;
+        case Format::P422:
+            return CYCBCR_FOURCC_P422;
+        case Format::V210:
+            return CYCBCR_FOURCC_v210;
+        default:
+            return 0xFFFFFFFFu;
+    }
+}
+
+// A row's worth of slack: one v210 group. An exact answer ends where the last
+// byte touched ends; reads of whole 32-bit words may end up to three bytes past
+// the last byte that changes the output.
+constexpr uint64_t kSlack = 16;
+
+std::vector<Geometry> sweep(Format from, Format to) {
+    std::vector<uint32_t> widths;
+    for (uint32_t w = 1; w <= 48; ++w) widths.push_back(w);  // every residue of 2, 6, 12, 48
+    widths.insert(widths.end(), {1276, 1280, 1920});
+    std::vector<Geometry> out;
+    for (uint32_t w : widths)
+        for (uint32_t h : {0u, 1u, 2u, 3u}) {
+            const uint32_t dn = cycbcr::natural_pitch(to, w), sn = cycbcr::natural_pitch(from, w);
+            // Padded by an amount that is no multiple of 16 and by one that is.
+            out.push_back({w, h, dn, sn});
+            out.push_back({w, h, dn + 36, sn + 36});
+            out.push_back({w, h, dn, sn + 64});
+            out.push_back({w, h, dn + 64, sn});
+            // The v210 converters derive their own pitch from 0.
+            if (to == Format::V210) out.push_back({w, h, 0, sn});
+            if (from == Format::V210) out.push_back({w, h, dn, 0});
+        }
+    return out;
+}
+
+class BufferSizes : public ::testing::TestWithParam<Entry> {};
+
+TEST_P(BufferSizes, TouchesExactlyTheAnsweredBytes) {
+    const Entry& e = GetParam();
+    const bool avx2Form = std::string(e.name).ends_with("_avx2");
+    if (avx2Form) CYCBCR_REQUIRE_AVX2();
+    std::vector<uint32_t> levels = {0, 4};
+    if (have_avx2()) levels.push_back(5);
+    if (avx2Form) levels = {5};
+    for (const Geometry& g : sweep(e.from, e.to)) {
+        uint64_t dstBytes = 0, srcBytes = 0;
+        ASSERT_EQ(cycbcr_buffer_sizes(code_of(e.to), code_of(e.from), g.width, g.height,
+                                      g.dstPitch, g.srcPitch, &dstBytes, &srcBytes),
+                  1u)
+            << e.name;
+        GuardedBuffer src(srcBytes), dst(dstBytes);
+        const std::vector<uint8_t> source = random_bytes(srcBytes, g.width * 31 + g.height);
+        std::vector<uint8_t> fill = random_bytes(dstBytes, g.width * 7 + g.height + 1);
+        uint64_t written = 0;
+        bool readsTail = false;
+        auto run = [&](const std::vector<uint8_t>& s, const std::vector<uint8_t>& d) {
+            if (!s.empty()) std::memcpy(src.data(), s.data(), s.size());
+            if (!d.empty()) std::memcpy(dst.data(), d.data(), d.size());
+            e.fn(dst.data(), src.data(), g.width, g.height, g.dstPitch, g.srcPitch);
+            return std::vector<uint8_t>(dst.data(), dst.data() + dstBytes);
+        };
+        for (uint32_t level : levels) {
+            cycbcr_set_cpu(level);
+            // Two complementary fills: a byte the converter writes differs from
+            // its fill in at least one of the two runs.
+            std::vector<uint8_t> other(fill);
+            for (auto& b : other) b = static_cast<uint8_t>(~b);
+            const std::vector<uint8_t> a = run(source, fill), b = run(source, other);
+            for (uint64_t i = dstBytes; i-- > written;)
+                if (a[i] != fill[i] || b[i] != other[i]) {
+                    written = i + 1;
+                    break;
+                }
+            // The source's last bytes changed: does the output change?
+            std::vector<uint8_t> changed(source);
+            for (uint64_t i = srcBytes > kSlack ? srcBytes - kSlack : 0; i < srcBytes; ++i)
+                changed[i] = static_cast<uint8_t>(changed[i] ^ 0x5A);
+            readsTail = readsTail || run(changed, fill) != a;
+        }
+        ASSERT_TRUE(src.slack_intact() && dst.slack_intact()) << e.name << " " << g;
+        if (!e.pair) continue;  // a form takes one of the pair's paths only
+        EXPECT_LE(dstBytes, written + kSlack)
+            << e.name << " " << g << ": answered " << dstBytes << ", wrote " << written;
+        EXPECT_TRUE(srcBytes == 0 || readsTail)
+            << e.name << " " << g << ": answered " << srcBytes
+            << " source bytes, the last of which change nothing";
+    }
+    cycbcr_set_cpu(5);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, BufferSizes, ::testing::ValuesIn(entries()),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+// Through the dispatcher the pitches are first normalised; the answer for the
+// normalised pitches bounds what cycbcr_transcode touches, with every alias.
+TEST(BufferSizes, HoldForTheDispatcherWithItsPitchRule) {
+    const uint32_t codes[] = {CYCBCR_FOURCC_UYVY, CYCBCR_FOURCC_2vuy, CYCBCR_FOURCC_YUNV,
+                              CYCBCR_FOURCC_YVYU, CYCBCR_FOURCC_cyuv, CYCBCR_FOURCC_IYUV,
+                              CYCBCR_FOURCC_YV12, CYCBCR_FOURCC_422P, CYCBCR_FOURCC_012v};
+    for (uint32_t from : codes)
+        for (uint32_t to : codes)
+            for (uint32_t w : {7u, 1276u})
+                for (uint32_t pitch : {0u, 5000u}) {
+                    const uint32_t h = 3;
+                    uint64_t d = 0, s = 0;
+                    const uint32_t dp = cycbcr_fix_pitch(to, w, pitch);
+                    const uint32_t sp = cycbcr_fix_pitch(from, w, pitch);
+                    const unsigned known = cycbcr_buffer_sizes(to, from, w, h, dp, sp, &d, &s);
+                    EXPECT_EQ(known, cycbcr_pair_converter(to, from) != nullptr ? 1u : 0u);
+                    if (!known) continue;
+                    GuardedBuffer src(s), dst(d);
+                    std::fill_n(src.data(), s, 0x80);
+                    cycbcr_transcode(dst.data(), src.data(), w, h, pitch, pitch, 0, 0, to, from);
+                    EXPECT_TRUE(dst.slack_intact());
+                }
+}
+
+TEST(BufferSizes, UnknownPairsAnswerNothing) {
+    uint64_t d = 1, s = 1;
+    EXPECT_EQ(cycbcr_buffer_sizes(CYCBCR_FOURCC_422P, CYCBCR_FOURCC_UYVY, 8, 2, 16, 16, &d, &s),
+              0u);
+    EXPECT_EQ(d, 0u);
+    EXPECT_EQ(s, 0u);
+    EXPECT_EQ(cycbcr_buffer_sizes(0, 0, 8, 2, 32, 32, nullptr, nullptr), 0u);
+    EXPECT_EQ(cycbcr_buffer_sizes(fourcc("NV12"), CYCBCR_FOURCC_UYVY, 8, 2, 8, 16, &d, &s), 0u);
+}
+
+// A worked case of each kind, figured from the formats' definitions.
+TEST(BufferSizes, WorkedExamples) {
+    uint64_t d = 0, s = 0;
+    // UYVY to YUY2, 720x576 at 1440: whole frames.
+    cycbcr_buffer_sizes(CYCBCR_FOURCC_YUY2, CYCBCR_FOURCC_UYVY, 720, 576, 1440, 1440, &d, &s);
+    EXPECT_EQ(d, 1440u * 576);
+    EXPECT_EQ(s, 1440u * 576);
+    // v210 to I420 at width 1276 and dstPitch 1276: the unpacker writes 1284 luma
+    // and 642 chroma bytes a row; the last Cr row starts at
+    // 1276 * 4 + 1276 * 4 / 4 + (4 / 2 - 1) * 638.
+    cycbcr_buffer_sizes(CYCBCR_FOURCC_I420, CYCBCR_FOURCC_v210, 1276, 4, 1276, 3456, &d, &s);
+    EXPECT_EQ(d, 1276u * 4 + 1276 + 638 + 642);
+    EXPECT_EQ(s, 3456u * 3 + 16 * 214);
+    // P422 to UYVY with a source pitch of 60 at width 20: below level 5 the
+    // imaging path reads Cr row 2 at 30 bytes a row from 20 * 3 + 20 * 3 / 2
+    // (the planes are placed by the width).
+    cycbcr_buffer_sizes(CYCBCR_FOURCC_UYVY, CYCBCR_FOURCC_P422, 20, 3, 40, 60, &d, &s);
+    EXPECT_EQ(s, 60u + 30 + 2 * 30 + 10);
+    // YUY2 to v210 at width 8 and the natural pitch 16: rows run on by whole
+    // groups of 12 bytes, 24 a row.
+    cycbcr_buffer_sizes(CYCBCR_FOURCC_v210, CYCBCR_FOURCC_YUY2, 8, 3, 0, 16, &d, &s);
+    EXPECT_EQ(s, 3u * 24);
+    EXPECT_EQ(d, 2u * 128 + 32);
+}
+
+}  // namespace
