@@ -26,3 +26,33 @@
     CYCBCR_V210_UYVY_AVX2_FORMS(X)     \
     CYCBCR_V210_UNPACK_AVX2_FORMS(X)   \
     CYCBCR_V210_PACK_AVX2_FORMS(X)
+
+#include "cycbcr.h"
+#include "frame/formats.h"
+
+namespace cycbcr {
+
+// The same rows as a table, for code that walks them at run time.
+struct ConverterRow {
+    const char* name;
+    cycbcr_converter fn;
+    cycbcr_converter avx2;  // the form taken at level 5, or null
+    Format from, to;
+    bool pair;   // the pair's own converter, else an _avx2 or _opt form of it
+    bool alias;  // a second name of another row's function
+};
+
+#define CYCBCR_ROW_IS_BODY false
+#define CYCBCR_ROW_IS_ALIAS true
+#define CYCBCR_PAIR_ROW(name, form, from, to, kind, ...) \
+    {#name, name, form, Format::from, Format::to, true, CYCBCR_ROW_IS_##kind},
+#define CYCBCR_FORM_ROW(name, form, from, to, kind, ...) \
+    {#name, name, form, Format::from, Format::to, false, CYCBCR_ROW_IS_##kind},
+constexpr ConverterRow kConverterRows[] = {CYCBCR_PAIR_CONVERTERS(CYCBCR_PAIR_ROW)
+                                               CYCBCR_CONVERTER_FORMS(CYCBCR_FORM_ROW)};
+#undef CYCBCR_PAIR_ROW
+#undef CYCBCR_FORM_ROW
+#undef CYCBCR_ROW_IS_BODY
+#undef CYCBCR_ROW_IS_ALIAS
+
+}  // namespace cycbcr

@@ -363,7 +363,7 @@ CYCBCR_API void cycbcr_invert(uint8_t* buf, unsigned int pitch, unsigned int hei
  * rows srcPitch / 2 apart: with a source pitch above the width it reads up to
  * (height - 1) * (srcPitch / 2 - width / 2) bytes further into the source.
  * Results: dstPitch * height. cycbcr_buffer_sizes gives the exact extent of
- * every path. 
+ * every path.
  *
  * cyuv: converted as UYVY, then the planes (or the packed frame) are flipped
  * with cycbcr_invert, padding rows included. */

@@ -37,14 +37,8 @@ void PrintTo(const Entry& e, std::ostream* os) {
 
 std::vector<Entry> entries() {
     std::vector<Entry> out;
-#define CYCBCR_PAIR_ENTRY(name, form, from, to, ...) \
-    out.push_back({#name, name, Format::from, Format::to, true});
-#define CYCBCR_FORM_ENTRY(name, form, from, to, ...) \
-    out.push_back({#name, name, Format::from, Format::to, false});
-    CYCBCR_PAIR_CONVERTERS(CYCBCR_PAIR_ENTRY)
-    CYCBCR_CONVERTER_FORMS(CYCBCR_FORM_ENTRY)
-#undef CYCBCR_PAIR_ENTRY
-#undef CYCBCR_FORM_ENTRY
+    for (const cycbcr::ConverterRow& r : cycbcr::kConverterRows)
+        out.push_back({r.name, r.fn, r.from, r.to, r.pair});
     return out;
 }
 
@@ -107,8 +101,8 @@ TEST_P(BufferSizes, TouchesExactlyTheAnsweredBytes) {
     if (avx2Form) levels = {5};
     for (const Geometry& g : sweep(e.from, e.to)) {
         uint64_t dstBytes = 0, srcBytes = 0;
-        ASSERT_EQ(cycbcr_buffer_sizes(code_of(e.to), code_of(e.from), g.width, g.height,
-                                      g.dstPitch, g.srcPitch, &dstBytes, &srcBytes),
+        ASSERT_EQ(cycbcr_buffer_sizes(code_of(e.to), code_of(e.from), g.width, g.height, g.dstPitch,
+                                      g.srcPitch, &dstBytes, &srcBytes),
                   1u)
             << e.name;
         GuardedBuffer src(srcBytes), dst(dstBytes);

@@ -11,6 +11,7 @@
 
 #include "cycbcr.h"
 #include "support/byte_model.h"
+#include "support/converters.h"
 #include "support/frames.h"
 #include "support/guarded_buffer.h"
 
@@ -29,7 +30,7 @@ enum class Op {
 };
 
 struct Member {
-    const char* name;
+    std::string name;
     Converter fn;
     Op plain;        // below level 5, or without AVX2
     Op fast;         // at level 5 with AVX2
@@ -38,43 +39,45 @@ struct Member {
     bool in_place;   // dst == src is allowed
 };
 
-// clang-format off
-#define M(fn, plain, fast, flip, in_place) \
-    Member{#fn, cycbcr_##fn, Op::plain, Op::fast, flip, false, in_place}
-#define A(fn, op, flip, in_place) Member{#fn, cycbcr_##fn, Op::op, Op::op, flip, true, in_place}
-const Member kMembers[] = {
-    M(interleaved_copy, Copy, Copy, false, false),
-    M(012v_to_012v, Copy, Copy, false, false),
-    M(yuy2_to_yuy2, Copy, Copy, false, false),
-    M(yvyu_to_yvyu, Copy, Copy, false, false),
-    M(uyvy_to_uyvy, Copy, Copy, false, false),
-    M(cyuv_to_cyuv, Copy, Copy, false, false),
-    M(yuy2_to_uyvy, BlockSwap, BlockSwap, false, true),
-    M(uyvy_to_yuy2, BlockSwap, RowSwap, false, true),
-    A(yuy2_to_uyvy_avx2, RowSwap, false, true),
-    A(yvyu_to_uyvy_avx2, RowSwap, false, true),
-    A(uyvy_to_yvyu_avx2, RowSwap, false, true),
-    M(yuy2_to_yvyu, Chroma, Chroma, false, true),
-    M(yvyu_to_yuy2, Chroma, Chroma, false, true),
-    A(yuy2_to_yvyu_avx2, Chroma, false, true),
-    A(yvyu_to_yuy2_avx2, Chroma, false, true),
-    M(yvyu_to_uyvy, PairSwap, RowSwap, false, true),
-    M(uyvy_to_yvyu, PairSwap, RowSwap, false, true),
-    M(uyvy_to_cyuv, Reverse, Reverse, false, false),
-    M(cyuv_to_uyvy, Reverse, Reverse, false, false),
-    A(cyuv_to_uyvy_avx2, Reverse, false, false),
-    M(yuy2_to_cyuv, BlockSwap, RowSwap, true, true),
-    M(cyuv_to_yuy2, BlockSwap, RowSwap, true, true),
-    A(yuy2_to_cyuv_avx2, RowSwap, true, true),
-    A(cyuv_to_yuy2_avx2, RowSwap, true, true),
-    M(yvyu_to_cyuv, PairSwap, RowSwap, true, true),
-    M(cyuv_to_yvyu, PairSwap, RowSwap, true, true),
-    A(yvyu_to_cyuv_avx2, RowSwap, true, true),
-    A(cyuv_to_yvyu_avx2, RowSwap, true, true),
-};
-#undef M
-#undef A
-// clang-format on
+// What each converter between two byte orders does, in either direction: the
+// word swap (YUY2 and UYVY, YVYU and UYVY), the chroma exchange (YUY2 and YVYU)
+// or the row reversal (UYVY and cyuv); between cyuv and YUY2 or YVYU, the swap
+// to UYVY and then a flip. The AVX2 forms swap whole rows of the narrower pitch.
+// Only YUY2 to UYVY, the copies and the UYVY <-> cyuv reversal take no AVX2 form.
+Member member(const Listed& l) {
+    using F = Fmt;
+    auto is = [&](F a, F b) { return (l.from == a && l.to == b) || (l.from == b && l.to == a); };
+    const bool flip = (l.from == F::CYUV) != (l.to == F::CYUV) && !is(F::UYVY, F::CYUV);
+    const F a = l.from == F::CYUV && flip ? F::UYVY : l.from;
+    const F b = l.to == F::CYUV && flip ? F::UYVY : l.to;
+    auto pair = [&](F x, F y) { return (a == x && b == y) || (a == y && b == x); };
+    Op plain = Op::Copy, fast = Op::Copy;
+    bool inPlace = true;
+    if (a == b) {
+        inPlace = false;
+    } else if (pair(F::UYVY, F::CYUV)) {
+        plain = fast = Op::Reverse;
+        inPlace = false;
+    } else if (pair(F::YUY2, F::YVYU)) {
+        plain = fast = Op::Chroma;
+    } else {
+        plain = pair(F::YVYU, F::UYVY) ? Op::PairSwap : Op::BlockSwap;
+        fast = l.from == F::YUY2 && l.to == F::UYVY && !l.avx2_form() ? Op::BlockSwap : Op::RowSwap;
+    }
+    if (l.avx2_form()) plain = fast;
+    return {l.name, l.fn, plain, fast, flip, l.avx2_form(), inPlace};
+}
+
+std::vector<Member> members() {
+    std::vector<Member> out = {{"cycbcr_interleaved_copy", cycbcr_interleaved_copy, Op::Copy,
+                                Op::Copy, false, false, false}};
+    for (const Listed& l : listed_where([](const Listed& l) {
+             return (cycbcr::is_packed422(l.from) && cycbcr::is_packed422(l.to)) ||
+                    (l.from == Fmt::V210 && l.to == Fmt::V210);
+         }))
+        out.push_back(member(l));
+    return out;
+}
 
 void swap_words(ByteModel& r, size_t dOff, size_t sOff, size_t words) {
     for (size_t k = 0; k < 2 * words; k += 2) {
@@ -167,8 +170,8 @@ TEST_P(ByteOrderMember, MatchesModelWithinExactBounds) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, ByteOrderMember, ::testing::ValuesIn(kMembers),
-                         [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(All, ByteOrderMember, ::testing::ValuesIn(members()),
+                         [](const auto& info) { return short_name(info.param.name); });
 
 // Frames too large to stay in the cache (streaming stores), with a 32-byte
 // aligned destination.
@@ -178,10 +181,10 @@ TEST(ByteOrderAvx2, LargeFramesMatchModel) {
     const Geometry g{2045, 2048, 4096, 4090};
     const auto src = random_bytes(size_t{g.height} * g.srcPitch, 11);
     const auto init = random_bytes(size_t{g.height} * g.dstPitch, 12);
-    for (const Member& m : kMembers)
-        for (const char* name :
-             {"uyvy_to_yuy2", "yuy2_to_yvyu", "cyuv_to_uyvy_avx2", "yuy2_to_cyuv_avx2"})
-            if (std::strcmp(m.name, name) == 0) {
+    for (const Member& m : members())
+        for (const char* name : {"cycbcr_uyvy_to_yuy2", "cycbcr_yuy2_to_yvyu",
+                                 "cycbcr_cyuv_to_uyvy_avx2", "cycbcr_yuy2_to_cyuv_avx2"})
+            if (m.name == name) {
                 EXPECT_TRUE(matches(reference(m.fast, m.flip, g, src, init), m.fn, g)) << name;
             }
 }
@@ -238,7 +241,7 @@ TEST(ByteOrderLevels, Avx2FormTakenExactlyAtLevel5) {
     const Geometry g{3, 2, 9, 9};
     const auto src = random_bytes(18, 5), init = random_bytes(18, 6);
     for (uint32_t level : {0u, 1u, 2u, 3u, 4u, 5u, 6u, 7u, kLevelMarker})
-        for (const Member& m : kMembers) {
+        for (const Member& m : members()) {
             // From the marker, a member either chooses before it reads the level or
             // runs its plain form; the flipping members choose in the flip at the latest.
             if (m.avx2_only || (level == kLevelMarker && m.flip)) continue;

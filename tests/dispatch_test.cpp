@@ -4,11 +4,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <set>
 #include <cstring>
 #include <string>
 #include <vector>
 
 #include "cycbcr.h"
+#include "support/converters.h"
 #include "support/frames.h"
 #include "support/guarded_buffer.h"
 
@@ -209,6 +211,33 @@ TEST(Transcode, FirstCallChoosesTheLevel) {
     EXPECT_EQ(transcode(out, v210, {6, 1, 12, 128}, fourcc("UYVY"), fourcc("v210")), 12u);
     EXPECT_EQ(gdwProcType, chosen);
     EXPECT_EQ(out[0], chosen == 5 && have_avx2() ? 0 : 255);
+}
+
+// The converter lists the library is built from: every pair of the eight YCbCr
+// formats once, each named cycbcr_<from>_to_<to> by the formats' short names;
+// every other form named after its pair with _avx2 or _opt; and each AVX2
+// hand-over a listed AVX2 form between the same two formats (in either order:
+// the operations shared by both directions have one form).
+TEST(ConverterLists, NamesFormatsAndForms) {
+    using cycbcr::info;
+    std::set<std::pair<Format, Format>> pairs;
+    for (const Listed& l : listed_converters()) {
+        const std::string stem =
+            std::string("cycbcr_") + info(l.from).name + "_to_" + info(l.to).name;
+        if (l.pair) {
+            EXPECT_EQ(l.name, stem);
+            EXPECT_TRUE(pairs.insert({l.from, l.to}).second) << l.name << " listed twice";
+        } else {
+            EXPECT_TRUE(l.name == stem + "_avx2" || l.name == stem + "_opt") << l.name;
+        }
+        if (l.avx2 == nullptr) continue;
+        bool found = false;
+        for (const Listed& f : listed_converters())
+            found |= f.fn == l.avx2 && f.avx2_form() &&
+                     ((f.from == l.from && f.to == l.to) || (f.from == l.to && f.to == l.from));
+        EXPECT_TRUE(found) << l.name << " hands over to an unlisted form";
+    }
+    EXPECT_EQ(pairs.size(), 64u);
 }
 
 }  // namespace

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "cycbcr.h"
+#include "support/converters.h"
 #include "support/frames.h"
 #include "support/guarded_buffer.h"
 #include "support/v210_model.h"
@@ -48,7 +49,7 @@ struct Path {
     Converter fn;  // a twin or a kernel behind it: run only where AVX2 is
 };
 struct Entry {
-    const char* name;
+    std::string name;
     Converter plain;
     Fmt fmt;
     bool toV210;
@@ -71,37 +72,42 @@ struct Entry {
         return v210_to_planar420_8_avx2(d, s, w, h, dp, sp, swap);                       \
     }
 
-// clang-format off
-// Entries whose twin is their only AVX2 path.
-#define WITH_TWIN(from, to, fmt, toV210) \
-    {#from "_to_" #to, cycbcr_##from##_to_##to, Fmt::fmt, toV210, 1, false, \
-     {{"twin", cycbcr_##from##_to_##to##_avx2}}}
-
+// Every converter of the library's list between v210 and an 8-bit format other
+// than UYVY (whose pair has its own test), with its AVX2 twin; the 4:2:0 kernel
+// behind two of the twins; and the three-plane entries and the 16-bit engine's
+// outputs, which take plane pointers rather than one frame.
 const std::vector<Entry>& entries() {
-    static const std::vector<Entry> list = {
-        WITH_TWIN(012v, yuy2, YUY2, false), WITH_TWIN(012v, yvyu, YVYU, false),
-        WITH_TWIN(012v, cyuv, CYUV, false),
-        {"012v_to_i420", cycbcr_012v_to_i420, Fmt::I420, false, 1, false,
-         {{"twin", cycbcr_012v_to_i420_avx2}, {"planar420 kernel", PLANAR420_KERNEL(false)}}},
-        {"012v_to_yv12", cycbcr_012v_to_yv12, Fmt::YV12, false, 1, false,
-         {{"twin", cycbcr_012v_to_yv12_avx2}, {"planar420 kernel", PLANAR420_KERNEL(true)}}},
-        WITH_TWIN(012v, p422, P422, false),
-        {"012v_to_planar422", PLANAR422(cycbcr_012v_to_planar422), Fmt::P422, false, 1, false,
-         {{"twin", PLANAR422(cycbcr_012v_to_planar422_avx2)},
-          {"v210to_planar", PLANAR422(cycbcr_v210to_planar_avx2)}}},
-        {"012v_to_planar422_16", PLANAR422(cycbcr_012v_to_planar422_16), Fmt::P422, false, 2, false,
-         {{"twin", PLANAR422(cycbcr_012v_to_planar422_16_avx2)},
-          {"v210to_planar16", PLANAR422(cycbcr_v210to_planar16_avx2)}}},
-        // The 16-bit engine's packed and 4:2:0 outputs, which no entry uses.
-        {"Fromv210_16_packed", FROMV210_16(YUY2), Fmt::YUY2, false, 2, false, {}},
-        {"Fromv210_16_420", FROMV210_16(I420), Fmt::I420, false, 2, false, {}},
-        WITH_TWIN(yuy2, 012v, YUY2, true), WITH_TWIN(yvyu, 012v, YVYU, true),
-        WITH_TWIN(cyuv, 012v, CYUV, true),
-        {"i420_to_012v", cycbcr_i420_to_012v, Fmt::I420, true, 1, true,
-         {{"twin", cycbcr_i420_to_012v_avx2}}},
-        WITH_TWIN(yv12, 012v, YV12, true), WITH_TWIN(p422, 012v, P422, true),
-    };
-    // clang-format on
+    static const std::vector<Entry> list = [] {
+        std::vector<Entry> out;
+        for (const Listed& l : listed_where([](const Listed& l) {
+                 return l.pair && (l.from == Fmt::V210) != (l.to == Fmt::V210) &&
+                        l.from != Fmt::UYVY && l.to != Fmt::UYVY;
+             })) {
+            const bool toV210 = l.to == Fmt::V210;
+            Entry e{l.name,
+                    l.fn,
+                    toV210 ? l.from : l.to,
+                    toV210,
+                    1,
+                    l.from == Fmt::I420,
+                    {{"twin", l.avx2}}};
+            if (l.to == Fmt::I420) e.avx2.push_back({"planar420 kernel", PLANAR420_KERNEL(false)});
+            if (l.to == Fmt::YV12) e.avx2.push_back({"planar420 kernel", PLANAR420_KERNEL(true)});
+            out.push_back(e);
+        }
+        // clang-format off
+        out.push_back({"012v_to_planar422", PLANAR422(cycbcr_012v_to_planar422), Fmt::P422, false,
+                       1, false, {{"twin", PLANAR422(cycbcr_012v_to_planar422_avx2)},
+                                  {"v210to_planar", PLANAR422(cycbcr_v210to_planar_avx2)}}});
+        out.push_back({"012v_to_planar422_16", PLANAR422(cycbcr_012v_to_planar422_16), Fmt::P422,
+                       false, 2, false,
+                       {{"twin", PLANAR422(cycbcr_012v_to_planar422_16_avx2)},
+                        {"v210to_planar16", PLANAR422(cycbcr_v210to_planar16_avx2)}}});
+        // clang-format on
+        out.push_back({"Fromv210_16_packed", FROMV210_16(YUY2), Fmt::YUY2, false, 2, false, {}});
+        out.push_back({"Fromv210_16_420", FROMV210_16(I420), Fmt::I420, false, 2, false, {}});
+        return out;
+    }();
     return list;
 }
 
@@ -165,8 +171,8 @@ void check_entry(const Entry& en, const Geometry& g, uint32_t seed) {
         const bool onAvx2 = run.needsAvx2 || (gdwProcType == 5 && have_avx2());
         const V210Model& m = en.twinRowsByPitch && onAvx2 ? rows : want;
         const Outcome got = run_guarded(run.fn, g, src, m.srcEnd, init, m.dstEnd);
-        const std::string what = std::string(en.name) + " " + run.name + " at level " +
-                                 std::to_string(gdwProcType) + ", ";
+        const std::string what =
+            en.name + " " + run.name + " at level " + std::to_string(gdwProcType) + ", ";
         ASSERT_EQ(got.result, m.result) << what << g;
         if (!reference) reference = got;
         auto settled = got.dst;
@@ -194,7 +200,7 @@ TEST_P(V210Entry, EveryPathMatchesTheEngineCallWithinExactBounds) {
 
 INSTANTIATE_TEST_SUITE_P(All, V210Entry, ::testing::Range(size_t{0}, entries().size()),
                          [](const ::testing::TestParamInfo<size_t>& info) {
-                             return std::string(entries()[info.param].name);
+                             return short_name(entries()[info.param].name);
                          });
 
 // ---------------------------------------------------------------- worked rules

@@ -79,9 +79,9 @@ Extent uyvy_pair_extent(Format to, const Call& c) {
     // source pitch of 0 read as one stream; the AVX2 form whole groups at the
     // pitches as passed.
     const uint64_t rowOut = uint64_t{4} * ((w + 1) / 2);
-    const uint64_t plainSrc = sp == 0 ? samples_end(h * rowOut)
-                                      : rows_end(0, h, std::max(v210_row_size(w), sp),
-                                                 samples_end(rowOut));
+    const uint64_t plainSrc =
+        sp == 0 ? samples_end(h * rowOut)
+                : rows_end(0, h, std::max(v210_row_size(w), sp), samples_end(rowOut));
     return {widest(plainSrc, rows_end(0, h, sp, 16 * groups)),
             widest(rows_end(0, h, dp, rowOut), rows_end(0, h, dp, 12 * groups))};
 }

@@ -164,8 +164,8 @@ Extent to_planar_extent(Format from, Format to, const Call& c) {
         e.src = widest(e.src, rows_end(0, h, sp, 4 * pairs));
     if (from == Format::CYUV) {
         const uint32_t rows = chroma_rows(to, h);
-        e.dst = widest(e.dst, widest(inverted_end(0, h, dp),
-                                     widest(inverted_end(p.cb, rows, cp), inverted_end(p.cr, rows, cp))));
+        e.dst = widest(e.dst, widest(inverted_end(0, h, dp), widest(inverted_end(p.cb, rows, cp),
+                                                                    inverted_end(p.cr, rows, cp))));
     }
     return e;
 }
@@ -177,11 +177,11 @@ Extent from_planar_extent(Format from, Format to, const Call& c) {
     // The engine's walk and the AVX2 forms: ceil(width / 2) pairs.
     const uint64_t pairs = (w + 1) / 2;
     const uint64_t cstep = full ? pairs : chroma_pitch(sp);
-    const ChromaRow last =
-        last_chroma_row(full ? ChromaRows::Own : ChromaRows::FieldRepeated, h);
-    Extent e{widest(rows_end(0, h, run_on_step(sp, w, 2 * pairs), 2 * pairs),
-                    widest(chroma_end(p.cb, last, cstep, pairs), chroma_end(p.cr, last, cstep, pairs))),
-             rows_end(0, h, dp, 4 * pairs)};
+    const ChromaRow last = last_chroma_row(full ? ChromaRows::Own : ChromaRows::FieldRepeated, h);
+    Extent e{
+        widest(rows_end(0, h, run_on_step(sp, w, 2 * pairs), 2 * pairs),
+               widest(chroma_end(p.cb, last, cstep, pairs), chroma_end(p.cr, last, cstep, pairs))),
+        rows_end(0, h, dp, 4 * pairs)};
     // UYVY output off the AVX2 path goes to the imaging library: width / 2 pairs,
     // chroma rows srcPitch / 2 apart, 4:2:0 of the even part only.
     if ((to == Format::UYVY || to == Format::CYUV) && imaging_takes(c, full ? 1 : 2, dp, sp)) {

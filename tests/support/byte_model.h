@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "frame/formats.h"
 #include "support/frames.h"
 
 namespace cycbcr_test {
@@ -60,7 +61,7 @@ inline ::testing::AssertionResult matches(const ByteModel& m, Converter fn, cons
 // first pixel pair (Y1 two bytes after Y0, each sample recurring every four).
 // Planar: planes placed by pitch * height as a 32-bit product, the quarter and
 // half by shifts.
-enum class Fmt { YUY2, YVYU, UYVY, CYUV, I420, YV12, P422 };
+using Fmt = cycbcr::Format;  // the library's format names; the layouts below are the tests' own
 struct Layout {
     size_t y, cb, cr;
     bool planar, full;  // full: 4:2:2 chroma
@@ -81,8 +82,9 @@ inline Layout layout_of(Fmt f, uint32_t pitch, uint32_t height) {
             return {0, size_t{p} + (p >> 2), p, true, false};
         case Fmt::P422:
             return {0, p, size_t{p} + (p >> 1), true, true};
+        default:
+            return {};
     }
-    return {};
 }
 
 }  // namespace cycbcr_test
