@@ -38,6 +38,18 @@ int main(void) {
 
     check(CYCBCR_FOURCC('Y', 'U', 'Y', '2') == CYCBCR_FOURCC_YUY2, "FourCC macro");
 
+    /* The same pair through the lookup, sized by the query: whole frames. */
+    {
+        uint64_t dstBytes = 0, srcBytes = 0;
+        cycbcr_converter fn = cycbcr_pair_converter(CYCBCR_FOURCC_UYVY, CYCBCR_FOURCC_YUY2);
+        check(fn == cycbcr_yuy2_to_uyvy, "pair lookup gives the pair's converter");
+        check(cycbcr_buffer_sizes(CYCBCR_FOURCC_UYVY, CYCBCR_FOURCC_YUY2, kWidth, kHeight, kPitch,
+                                  kPitch, &dstBytes, &srcBytes) == 1 &&
+                  dstBytes == sizeof dst && srcBytes == sizeof src,
+              "buffer sizes of a whole frame");
+        check(cycbcr_fix_pitch(CYCBCR_FOURCC_YUY2, kWidth, 0) == 2 * kWidth, "pitch rule");
+    }
+
     best = cycbcr_get_cpu(0);
     chosen = cycbcr_get_cpu(1);
     check(best <= 6, "best level in range");
