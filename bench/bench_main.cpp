@@ -5,20 +5,28 @@
 // or, in a configured build directory:
 //     ninja -j2 cycbcr_bench && ./bench/cycbcr_bench
 //
-// Families, each at 1920x1080 and 3840x2160, at level 0 ("plain") and level 5:
-//   - packed 4:2:2 byte orders, beside libyuv;
-//   - v210 <-> UYVY, beside FFmpeg's v210 encoder and decoder, with the share of
-//     FFmpeg's time that is codec-API overhead rather than packing;
-//   - packed 4:2:2 <-> planar I420 / P422, beside libyuv;
+// Every converter of a pair of formats in the library's list (frame/converters.h)
+// is timed, once per function (a second name of the same code is left out), at
+// 1920x1080 and 3840x2160, at level 0 ("plain") and at level 5, and set against
+// memcpy of the same number of bytes. AVX2 forms that no pair's converter takes
+// at level 5 are timed at level 5 alone. The summary groups them by family:
+//   - byte orders: both frames packed 4:2:2, the v210 copy, and the interleaved
+//     copy and in-place inversion, beside libyuv;
+//   - v210: v210 on one side, beside FFmpeg's v210 encoder and decoder, with the
+//     share of FFmpeg's time that is codec-API overhead rather than packing;
+//   - packed 4:2:2 <-> planar I420 / YV12 / P422, beside libyuv where it has the
+//     pair;
 //   - planar copies among I420, YV12 and P422.
-// Every converter is also set against memcpy of the same number of bytes.
+// Frames are at their natural pitches and counted whole. The program refuses to
+// run when a listed converter falls in no family or in two, or would reach past
+// the shared buffers.
 //
 // Unless given on the command line, each benchmark runs 7 repetitions of at
 // least 0.1 s of CPU time, the repetitions of all benchmarks interleaved in
 // random order, and the summary takes the median: on a shared machine a burst of
 // noise then lands on one repetition of several benchmarks rather than on every
 // repetition of one. The cv% column gives the spread of the repetitions. The
-// whole suite takes about three minutes on two cores.
+// whole suite, some 280 benchmarks, takes about five minutes on two cores.
 //
 // Any Google Benchmark flag can be added. Quicker runs:
 //     --benchmark_filter=3840x2160        one frame size (FFmpeg's per-call
@@ -123,6 +131,10 @@ class SummaryReporter : public benchmark::ConsoleReporter, public Medians {
                      "Load average (1, 5, 15 min) at the end of the run: %.2f %.2f %.2f\n",
                      avx2_usable() ? "usable" : "NOT usable (level 5 skipped)", load[0], load[1],
                      load[2]);
+        // The converter column as wide as the longest name, 18 at least.
+        int name_width = 18;
+        for (const SummaryRow& row : summary_rows())
+            name_width = std::max(name_width, static_cast<int>(row.converter.size()));
         std::string family;
         bool first = true;
         for (const SummaryRow& row : summary_rows()) {
@@ -140,16 +152,17 @@ class SummaryReporter : public benchmark::ConsoleReporter, public Medians {
                 family = row.family;
                 first = false;
                 std::fprintf(out, "\n%s\n", family_heading(family).c_str());
-                std::fprintf(out, "%-10s %-18s %7s %7s %7s %7s  %7s %7s %7s %7s  %5s  %-24s %s\n",
-                             "size", "converter", "plain", "level5", "memcpy", "peer", "pl/mcpy",
-                             "L5/mcpy", "pl/peer", "L5/peer", "cv%", "peer", "level 5 target");
+                std::fprintf(out, "%-10s %-*s %7s %7s %7s %7s  %7s %7s %7s %7s  %5s  %-24s %s\n",
+                             "size", name_width, "converter", "plain", "level5", "memcpy", "peer",
+                             "pl/mcpy", "L5/mcpy", "pl/peer", "L5/peer", "cv%", "peer",
+                             "level 5 target");
             }
             // The largest spread among the benchmarks of the row.
             double cv = 0;
             for (const std::string* name : {&row.plain, &row.level5, &row.memcpy, &row.peer})
                 cv = std::max(cv, spread(*name));
-            std::fprintf(out, "%-10s %-18s %7s %7s %7s %7s  %7s %7s %7s %7s  %5.1f  %-24s %s\n",
-                         row.size.c_str(), row.converter.c_str(), gbps(plain).c_str(),
+            std::fprintf(out, "%-10s %-*s %7s %7s %7s %7s  %7s %7s %7s %7s  %5.1f  %-24s %s\n",
+                         row.size.c_str(), name_width, row.converter.c_str(), gbps(plain).c_str(),
                          gbps(l5).c_str(), gbps(mc).c_str(), gbps(peer).c_str(),
                          ratio(plain, mc).c_str(), ratio(l5, mc).c_str(),
                          ratio(plain, peer).c_str(), ratio(l5, peer).c_str(), 100 * cv,
@@ -235,6 +248,10 @@ int main(int argc, char** argv) {
     cycbcr_bench::register_v210_benchmarks();
     cycbcr_bench::register_packed_planar_benchmarks();
     cycbcr_bench::register_planar_copy_benchmarks();
+    const std::vector<std::string> unclaimed = cycbcr_bench::unclaimed_converters();
+    for (const std::string& name : unclaimed)
+        std::fprintf(stderr, "cycbcr_bench: listed converter %s\n", name.c_str());
+    if (!unclaimed.empty()) return 1;
 
     cycbcr_bench::SummaryReporter reporter(isatty(STDOUT_FILENO)
                                                ? benchmark::ConsoleReporter::OO_Defaults

@@ -2,11 +2,16 @@
 
 #include <cycbcr.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <map>
 #include <memory>
+#include <set>
+#include <string_view>
 #include <utility>
+
+#include "frame/geometry.h"
 
 namespace cycbcr_bench {
 namespace {
@@ -43,11 +48,19 @@ struct BufferSet {
     Buffers view{};
 };
 
+// The largest natural frame of any format a listed converter reads or writes.
+size_t largest_frame(const FrameSize& size) {
+    size_t bytes = 0;
+    for (const cycbcr::ConverterRow& r : cycbcr::kConverterRows)
+        bytes = std::max({bytes, frame_bytes(r.from, size), frame_bytes(r.to, size)});
+    return bytes;
+}
+
 BufferSet& buffer_set(const FrameSize& size) {
     static std::map<std::pair<unsigned, unsigned>, BufferSet> sets;
     BufferSet& set = sets[{size.width, size.height}];
     if (!set.src) {
-        const size_t bytes = v210_frame_bytes(size);  // the largest layout
+        const size_t bytes = largest_frame(size);
         set.src = aligned_buffer(bytes + kBufferSlack);
         set.dst = aligned_buffer(bytes + kBufferSlack);
         set.scratch = aligned_buffer(bytes + kBufferSlack);
@@ -110,35 +123,104 @@ std::vector<SummaryNote>& notes() {
     return all;
 }
 
+// The code the public buffer-size query names a format by.
+uint32_t fourcc_of(Format f) {
+    switch (f) {
+        case Format::UYVY:
+            return CYCBCR_FOURCC_UYVY;
+        case Format::YUY2:
+            return CYCBCR_FOURCC_YUY2;
+        case Format::YVYU:
+            return CYCBCR_FOURCC_YVYU;
+        case Format::CYUV:
+            return CYCBCR_FOURCC_cyuv;
+        case Format::I420:
+            return CYCBCR_FOURCC_I420;
+        case Format::YV12:
+            return CYCBCR_FOURCC_YV12;
+        case Format::P422:
+            return CYCBCR_FOURCC_P422;
+        case Format::V210:
+            return CYCBCR_FOURCC_v210;
+        default:
+            return 0;
+    }
+}
+
+// Whether some pair's converter takes `form` at level 5. A second name of a
+// function has the function's address, so a pair that hands over under the
+// other name counts too.
+bool handed_over_to(const cycbcr::ConverterRow& form) {
+    for (const cycbcr::ConverterRow& r : cycbcr::kConverterRows)
+        if (r.pair && r.avx2 == form.fn) return true;
+    return false;
+}
+
+// The rows the benchmarks time (see listed_for_family).
+bool timed(const cycbcr::ConverterRow& r) {
+    if (r.alias) return false;
+    if (r.pair) return true;
+    return std::string_view(r.name).ends_with("_avx2") && !handed_over_to(r);
+}
+
+std::string short_name(std::string_view name) {
+    constexpr std::string_view prefix = "cycbcr_";
+    if (name.starts_with(prefix)) name.remove_prefix(prefix.size());
+    return std::string(name);
+}
+
+// Which family tests took each timed row.
+using FamilyTest = bool (*)(Format, Format);
+std::map<std::string, std::set<FamilyTest>>& claims() {
+    static std::map<std::string, std::set<FamilyTest>> all;
+    return all;
+}
+
+// Exits unless the shared buffers hold what the converter of the pair (and so
+// any form of it) reads and writes at these pitches.
+void check_reach(const Listed& c, const FrameSize& size, const Shape& shape) {
+    uint64_t dst = 0, src = 0;
+    const bool known =
+        cycbcr_buffer_sizes(fourcc_of(c.to), fourcc_of(c.from), size.width, size.height,
+                            shape.dst_pitch, shape.src_pitch, &dst, &src) != 0;
+    const uint64_t room = largest_frame(size) + kBufferSlack;
+    if (known && dst <= room && src <= room) return;
+    if (!known)
+        std::fprintf(stderr, "cycbcr_bench: no buffer sizes for %s\n", c.name.c_str());
+    else
+        std::fprintf(stderr,
+                     "cycbcr_bench: %s at %s reads %llu and writes %llu bytes; the shared "
+                     "buffers hold %llu\n",
+                     c.name.c_str(), size.label().c_str(), static_cast<unsigned long long>(src),
+                     static_cast<unsigned long long>(dst), static_cast<unsigned long long>(room));
+    std::exit(1);
+}
+
 }  // namespace
 
 std::string FrameSize::label() const {
     return std::to_string(width) + "x" + std::to_string(height);
 }
 
-size_t packed_frame_bytes(const FrameSize& size) {
-    return 2 * size.pixels();
-}
-
-size_t i420_frame_bytes(const FrameSize& size) {
-    return size.pixels() * 3 / 2;
-}
-
-size_t p422_frame_bytes(const FrameSize& size) {
-    return 2 * size.pixels();
-}
-
-size_t v210_frame_bytes(const FrameSize& size) {
-    return size_t{v210_row_bytes(size.width)} * size.height;
+size_t frame_bytes(Format f, const FrameSize& size) {
+    const cycbcr::FormatInfo& in = cycbcr::info(f);
+    const size_t pitch = cycbcr::natural_pitch(f, size.width);
+    const size_t first_plane = pitch * size.height;
+    if (cycbcr::is_packed422(f) || in.arrangement == cycbcr::Arrangement::V210) return first_plane;
+    if (cycbcr::is_planar8(f))
+        return first_plane + 2 * (pitch >> in.chroma_x) * cycbcr::chroma_rows(f, size.height);
+    std::fprintf(stderr, "cycbcr_bench: no frame size for format %s\n", in.name);
+    std::exit(1);
 }
 
 Buffers& frame_buffers(const FrameSize& size) {
     return buffer_set(size).view;
 }
 
-Shape packed_shape(const FrameSize& size) {
-    const size_t frame = packed_frame_bytes(size);
-    return {2 * size.width, 2 * size.width, frame, 2 * frame};
+Shape natural_shape(Format from, Format to, const FrameSize& size) {
+    const size_t src = frame_bytes(from, size), dst = frame_bytes(to, size);
+    return {cycbcr::natural_pitch(to, size.width), cycbcr::natural_pitch(from, size.width), dst,
+            src + dst};
 }
 
 bool avx2_usable() {
@@ -225,6 +307,59 @@ void add_summary_note(SummaryNote note) {
 
 const std::vector<SummaryNote>& summary_notes() {
     return notes();
+}
+
+std::vector<Listed> listed_for_family(bool (*in_family)(Format from, Format to)) {
+    std::vector<Listed> out;
+    for (const cycbcr::ConverterRow& r : cycbcr::kConverterRows) {
+        if (!timed(r) || !in_family(r.from, r.to)) continue;
+        claims()[r.name].insert(in_family);
+        // An AVX2 form is its own level 5 code; a pair's converter has one when
+        // it names the form it hands over to.
+        const bool level5_form = !r.pair || r.avx2 != nullptr;
+        out.push_back({short_name(r.name), r.fn, r.from, r.to, r.pair, level5_form});
+    }
+    return out;
+}
+
+std::vector<std::string> unclaimed_converters() {
+    std::vector<std::string> out;
+    for (const cycbcr::ConverterRow& r : cycbcr::kConverterRows) {
+        if (!timed(r)) continue;
+        auto it = claims().find(r.name);
+        const size_t families = it == claims().end() ? 0 : it->second.size();
+        if (families != 1)
+            out.push_back(std::string(r.name) + " is in " + std::to_string(families) +
+                          " families, not one");
+    }
+    return out;
+}
+
+Converter pair_converter(Format from, Format to) {
+    for (const cycbcr::ConverterRow& r : cycbcr::kConverterRows)
+        if (r.pair && r.from == from && r.to == to) return r.fn;
+    std::fprintf(stderr, "cycbcr_bench: no listed converter from %s to %s\n",
+                 cycbcr::info(from).name, cycbcr::info(to).name);
+    std::exit(1);
+}
+
+SummaryRow register_listed(const char* family, const Listed& c, const FrameSize& size) {
+    const Shape shape = natural_shape(c.from, c.to, size);
+    check_reach(c, size, shape);
+    SummaryRow row;
+    row.family = family;
+    row.size = size.label();
+    row.converter = c.name;
+    row.level5_form = c.level5_form;
+    row.memcpy = memcpy_benchmark(size, shape.moved / 2);
+    const std::string base = c.name + "/" + size.label();
+    if (c.plain) {
+        row.plain = base + "/plain";
+        register_converter(row.plain, c.fn, size, shape, 0, false);
+    }
+    row.level5 = base + "/level5";
+    register_converter(row.level5, c.fn, size, shape, 5, true);
+    return row;
 }
 
 }  // namespace cycbcr_bench

@@ -11,6 +11,9 @@
 #include <string>
 #include <vector>
 
+#include "frame/converters.h"
+#include "frame/formats.h"
+
 namespace cycbcr_bench {
 
 // The converter signature of the public header; peers and in-place operations
@@ -27,17 +30,20 @@ struct FrameSize {
 };
 inline constexpr FrameSize kFrameSizes[] = {{1920, 1080}, {3840, 2160}};
 
-// Bytes of one frame of each layout at its natural pitch: packed 4:2:2 (2 bytes
-// a pixel), planar 4:2:0 (1.5), planar 4:2:2 (2), v210 (v210_row_bytes a row).
-size_t packed_frame_bytes(const FrameSize& size);
-size_t i420_frame_bytes(const FrameSize& size);
-size_t p422_frame_bytes(const FrameSize& size);
-size_t v210_frame_bytes(const FrameSize& size);
+using cycbcr::Format;
+
+// Bytes of one frame of `f` at its natural pitch: packed 4:2:2 2 bytes a pixel,
+// I420 and YV12 1.5, P422 2, v210 a row of cycbcr::v210_row_size(width) bytes a
+// line.
+size_t frame_bytes(Format f, const FrameSize& size);
 
 // One source, one destination and one scratch buffer per frame size, large
-// enough for the largest frame of that size (v210) plus kBufferSlack bytes,
-// 64-byte aligned and filled with random bytes once. Every benchmark of that size
-// works on the same buffers, so all of them touch the same pages.
+// enough for the largest frame of that size among the listed formats plus
+// kBufferSlack bytes, 64-byte aligned and filled with random bytes once. Every
+// benchmark of that size works on the same buffers, so all of them touch the
+// same pages. The slack is for converters that reach past a natural frame (the
+// v210 unpackers write each row out to a whole 12 pixels); register_listed
+// holds every listed converter to it.
 inline constexpr size_t kBufferSlack = 4096;
 struct Buffers {
     uint8_t* src;
@@ -56,8 +62,10 @@ struct Shape {
     size_t dst_bytes;
     size_t moved;
 };
-// Packed 4:2:2 to packed 4:2:2 at pitch 2 * width: two frames moved.
-Shape packed_shape(const FrameSize& size);
+// A conversion between frames at their natural pitches: the source frame plus
+// the destination frame moved, counted whole (a converter that skips rows, as
+// P422 to I420 skips the odd chroma rows, is still credited with them).
+Shape natural_shape(Format from, Format to, const FrameSize& size);
 
 // Processor feature bit 23: AVX2 usable.
 bool avx2_usable();
@@ -125,6 +133,40 @@ struct SummaryRow {
 };
 void add_summary_row(SummaryRow row);
 const std::vector<SummaryRow>& summary_rows();
+
+// A converter of the library's list (frame/converters.h) as a family times it.
+struct Listed {
+    std::string name;  // without the cycbcr_ prefix, as the summary shows it
+    Converter fn;
+    Format from, to;
+    bool plain;        // timed at level 0 too; else an AVX2 form, timed at level 5 only
+    bool level5_form;  // level 5 runs an AVX2 form: the one handed over to, or itself
+};
+
+// What a family times, in the order of the list: the converter of every pair of
+// formats `in_family` accepts (each function once: second names of a function
+// are left out), and every AVX2 form between such formats that no pair's
+// converter hands over to. Plain forms (_opt) are what their pair's converter
+// runs below level 5 and are not timed apart.
+std::vector<Listed> listed_for_family(bool (*in_family)(Format from, Format to));
+
+// Listed converters that no family took, or that more than one took: a new
+// pair of formats that no family's test accepts shows up here rather than as a
+// quietly missing row.
+std::vector<std::string> unclaimed_converters();
+
+// The listed converter of a pair of formats (for peers and their checks); exits
+// when the list has none.
+Converter pair_converter(Format from, Format to);
+
+// Registers `c` at its natural shape: "<name>/<size>/plain" at level 0 (when it
+// is timed plain) and "<name>/<size>/level5" at level 5, the latter skipped
+// without AVX2. Returns a summary row of `family` with those names, the memcpy of
+// half the bytes moved and level5_form filled in; targets and peer are the
+// family's to set. First the bytes the converter's pair touches at these pitches
+// (cycbcr_buffer_sizes) are held against the shared buffers: the program exits
+// rather than time a converter that would reach past them.
+SummaryRow register_listed(const char* family, const Listed& c, const FrameSize& size);
 
 // A family's heading in the summary (its targets and what its bytes count).
 void set_family_heading(const std::string& family, const std::string& heading);

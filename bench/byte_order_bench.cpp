@@ -1,4 +1,6 @@
-// Packed 4:2:2 byte orders: every converter at the plain level and at level 5,
+// Packed 4:2:2 byte orders: the converter of every pair of packed 4:2:2 formats
+// in the library's list, the v210 copy, the AVX2 forms no converter takes, and
+// the interleaved copy and in-place inversion, at the plain level and at level 5,
 // against memcpy of the same bytes and, where it does the same work, libyuv.
 #include <cycbcr.h>
 
@@ -13,20 +15,36 @@ namespace {
 
 constexpr const char* kFamily = "byte orders";
 
-// What level 5 runs for a converter.
-enum class Level5 {
-    same_code,  // no AVX2 form: level 5 times the plain code again
-    avx2_form,  // the plain name hands over to its AVX2 form
-    avx2_only,  // an exported _avx2 entry point, timed only at level 5
-};
+// Both frames packed 4:2:2, or both v210 (the v210 copy moves bytes as the
+// packed copy does).
+bool byte_order_pair(Format from, Format to) {
+    if (cycbcr::is_packed422(from) && cycbcr::is_packed422(to)) return true;
+    return from == Format::V210 && to == Format::V210;
+}
 
-// The work a peer has to match; several of our converters share one.
+// The work a peer has to match; several pairs of formats share one.
 enum class Work { none, copy, word_swap, chroma_exchange, row_reversal, swap_and_flip };
 
-struct ConverterDef {
+// What converting between two packed 4:2:2 orders does to each pixel pair:
+// whether the luma changes bytes (the 2-byte units of the pair swap their
+// bytes), whether only the chroma does (Cb and Cr change places), and whether
+// the rows are turned over (one side bottom-up).
+Work work_of(Format from, Format to) {
+    if (!cycbcr::is_packed422(from) || !cycbcr::is_packed422(to)) return Work::none;
+    const cycbcr::FormatInfo &a = cycbcr::info(from), &b = cycbcr::info(to);
+    const bool flip = a.bottom_up != b.bottom_up;
+    const bool luma_moves = a.pair.y0 != b.pair.y0;
+    const bool chroma_moves = a.pair.cb != b.pair.cb;
+    if (luma_moves) return flip ? Work::swap_and_flip : Work::word_swap;
+    if (chroma_moves) return flip ? Work::none : Work::chroma_exchange;
+    return flip ? Work::row_reversal : Work::copy;
+}
+
+// Byte-order operations outside the list (no pair of formats of their own),
+// timed as before on packed frames.
+struct Extra {
     const char* name;
     Converter fn;
-    Level5 level5;
     Work work;
 };
 
@@ -36,25 +54,14 @@ unsigned int invert_adapter(uint8_t* dst, const uint8_t*, unsigned int, unsigned
     return height * dstPitch;
 }
 
-const ConverterDef kConverters[] = {
-    {"interleaved_copy", cycbcr_interleaved_copy, Level5::same_code, Work::copy},
-    {"yuy2_to_yuy2", cycbcr_yuy2_to_yuy2, Level5::same_code, Work::copy},
-    {"yuy2_to_uyvy", cycbcr_yuy2_to_uyvy, Level5::same_code, Work::word_swap},
-    {"uyvy_to_yuy2", cycbcr_uyvy_to_yuy2, Level5::avx2_form, Work::word_swap},
-    {"yuy2_to_yvyu", cycbcr_yuy2_to_yvyu, Level5::avx2_form, Work::chroma_exchange},
-    {"yvyu_to_uyvy", cycbcr_yvyu_to_uyvy, Level5::avx2_form, Work::word_swap},
-    {"uyvy_to_cyuv", cycbcr_uyvy_to_cyuv, Level5::same_code, Work::row_reversal},
-    {"cyuv_to_uyvy_avx2", cycbcr_cyuv_to_uyvy_avx2, Level5::avx2_only, Work::row_reversal},
-    {"yuy2_to_cyuv", cycbcr_yuy2_to_cyuv, Level5::avx2_form, Work::swap_and_flip},
-    {"yvyu_to_cyuv", cycbcr_yvyu_to_cyuv, Level5::avx2_form, Work::swap_and_flip},
-    {"invert", invert_adapter, Level5::same_code, Work::none},
-};
+const Extra kCopy{"interleaved_copy", cycbcr_interleaved_copy, Work::copy};
+const Extra kInvert{"invert", invert_adapter, Work::none};
 
 struct PeerDef {
     Work work;
     const char* name;
     Converter fn;
-    Converter reference;  // ours, giving the bytes the peer must give
+    Format from, to;  // the pair whose converter gives the bytes the peer must give
 };
 
 #ifdef CYCBCR_BENCH_LIBYUV
@@ -91,11 +98,11 @@ unsigned int yuv_shuffle(uint8_t* dst, const uint8_t* src, unsigned int width, u
 }
 
 const PeerDef kPeers[] = {
-    {Work::copy, "libyuv:CopyPlane", yuv_copy, cycbcr_interleaved_copy},
-    {Work::word_swap, "libyuv:SwapUVPlane", yuv_swap, cycbcr_yuy2_to_uyvy},
-    {Work::chroma_exchange, "libyuv:ARGBShuffle", yuv_shuffle, cycbcr_yuy2_to_yvyu},
-    {Work::row_reversal, "libyuv:CopyPlane(flip)", yuv_flip, cycbcr_uyvy_to_cyuv},
-    {Work::swap_and_flip, "libyuv:SwapUVPlane(flip)", yuv_swap_flip, cycbcr_yuy2_to_cyuv},
+    {Work::copy, "libyuv:CopyPlane", yuv_copy, Format::YUY2, Format::YUY2},
+    {Work::word_swap, "libyuv:SwapUVPlane", yuv_swap, Format::YUY2, Format::UYVY},
+    {Work::chroma_exchange, "libyuv:ARGBShuffle", yuv_shuffle, Format::YUY2, Format::YVYU},
+    {Work::row_reversal, "libyuv:CopyPlane(flip)", yuv_flip, Format::UYVY, Format::CYUV},
+    {Work::swap_and_flip, "libyuv:SwapUVPlane(flip)", yuv_swap_flip, Format::YUY2, Format::CYUV},
 };
 #endif
 
@@ -114,40 +121,50 @@ std::string bench_name(const std::string& what, const FrameSize& size, const cha
     return name;
 }
 
+SummaryRow family_row(SummaryRow row, Work work, const FrameSize& size) {
+    row.memcpy_target = 0.90;
+    row.peer_target = 1.00;
+    if (const PeerDef* p = peer_for(work)) {
+        row.peer = bench_name(p->name, size, nullptr);
+        row.peer_label = p->name;
+    }
+    return row;
+}
+
+// An operation outside the list: no AVX2 form, level 5 times the plain code.
+SummaryRow extra_row(const Extra& e, const FrameSize& size) {
+    const Shape shape = natural_shape(Format::UYVY, Format::UYVY, size);
+    SummaryRow row;
+    row.family = kFamily;
+    row.size = size.label();
+    row.converter = e.name;
+    row.memcpy = memcpy_benchmark(size, shape.moved / 2);
+    row.plain = bench_name(e.name, size, "plain");
+    row.level5 = bench_name(e.name, size, "level5");
+    register_converter(row.plain, e.fn, size, shape, 0, false);
+    register_converter(row.level5, e.fn, size, shape, 5, true);
+    return family_row(std::move(row), e.work, size);
+}
+
 }  // namespace
 
 void register_byte_order_benchmarks() {
     set_family_heading(kFamily,
-                       "Packed 4:2:2 byte orders: two packed frames moved per call; level 5 "
-                       "target (AVX2 forms) >= 90% of memcpy and >= libyuv");
+                       "Packed 4:2:2 byte orders (and the v210 copy): the source frame plus the "
+                       "destination frame per call; level 5 target (AVX2 forms) >= 90% of memcpy "
+                       "and >= libyuv");
+    const std::vector<Listed> listed = listed_for_family(byte_order_pair);
     for (const FrameSize& size : kFrameSizes) {
-        const Shape shape = packed_shape(size);
 #ifdef CYCBCR_BENCH_LIBYUV
         for (const PeerDef& p : kPeers)
-            register_peer(bench_name(p.name, size, nullptr), p.fn, size, shape, p.reference);
+            register_peer(bench_name(p.name, size, nullptr), p.fn, size,
+                          natural_shape(p.from, p.to, size), pair_converter(p.from, p.to));
 #endif
-        const std::string memcpy = memcpy_benchmark(size, packed_frame_bytes(size));
-        for (const ConverterDef& c : kConverters) {
-            SummaryRow row;
-            row.family = kFamily;
-            row.size = size.label();
-            row.converter = c.name;
-            row.level5_form = c.level5 != Level5::same_code;
-            row.memcpy = memcpy;
-            row.memcpy_target = 0.90;
-            row.peer_target = 1.00;
-            if (c.level5 != Level5::avx2_only) {
-                row.plain = bench_name(c.name, size, "plain");
-                register_converter(row.plain, c.fn, size, shape, 0, false);
-            }
-            row.level5 = bench_name(c.name, size, "level5");
-            register_converter(row.level5, c.fn, size, shape, 5, true);
-            if (const PeerDef* p = peer_for(c.work)) {
-                row.peer = bench_name(p->name, size, nullptr);
-                row.peer_label = p->name;
-            }
-            add_summary_row(std::move(row));
-        }
+        add_summary_row(extra_row(kCopy, size));
+        for (const Listed& c : listed)
+            add_summary_row(
+                family_row(register_listed(kFamily, c, size), work_of(c.from, c.to), size));
+        add_summary_row(extra_row(kInvert, size));
     }
 }
 

@@ -86,7 +86,7 @@ std::string open_codec(Session& s, bool encoder, const FrameSize& size) {
 std::string prepare_encoder(Session& s, const FrameSize& size) {
     Buffers& b = frame_buffers(size);
     uint8_t* uyvy = b.scratch;
-    for (size_t i = 0; i < packed_frame_bytes(size); ++i)
+    for (size_t i = 0; i < frame_bytes(Format::UYVY, size); ++i)
         uyvy[i] = static_cast<uint8_t>(std::clamp(int{b.src[i]}, 1, 254));
 
     s.frame->format = kPlanar10;
@@ -106,10 +106,11 @@ std::string prepare_encoder(Session& s, const FrameSize& size) {
         }
     }
 
-    const size_t v210 = v210_frame_bytes(size);
+    const Shape pack = natural_shape(Format::UYVY, Format::V210, size);
+    const size_t v210 = pack.dst_bytes;
     cycbcr_set_cpu(0);
-    cycbcr_uyvy_to_012v(b.dst, uyvy, size.width, size.height, v210_row_bytes(size.width),
-                        2 * size.width);
+    pair_converter(Format::UYVY, Format::V210)(b.dst, uyvy, size.width, size.height, pack.dst_pitch,
+                                               pack.src_pitch);
     rc = avcodec_send_frame(s.ctx, s.frame);
     if (rc >= 0) rc = avcodec_receive_packet(s.ctx, s.packet);
     if (rc < 0) return "encoding: " + av_error(rc);
@@ -128,14 +129,15 @@ std::string prepare_encoder(Session& s, const FrameSize& size) {
 // round to the same bytes.
 std::string prepare_decoder(Session& s, const FrameSize& size) {
     Buffers& b = frame_buffers(size);
-    const size_t v210 = v210_frame_bytes(size);
+    const Shape unpack = natural_shape(Format::V210, Format::UYVY, size);
+    const size_t v210 = frame_bytes(Format::V210, size);
     int rc = av_new_packet(s.packet, static_cast<int>(v210));
     if (rc < 0) return "av_new_packet: " + av_error(rc);
     std::memcpy(s.packet->data, b.src, v210);
 
     cycbcr_set_cpu(0);
-    cycbcr_012v_to_uyvy(b.dst, b.src, size.width, size.height, 2 * size.width,
-                        v210_row_bytes(size.width));
+    pair_converter(Format::V210, Format::UYVY)(b.dst, b.src, size.width, size.height,
+                                               unpack.dst_pitch, unpack.src_pitch);
     rc = avcodec_send_packet(s.ctx, s.packet);
     if (rc >= 0) rc = avcodec_receive_frame(s.ctx, s.frame);
     if (rc < 0) return "decoding: " + av_error(rc);
@@ -143,7 +145,7 @@ std::string prepare_decoder(Session& s, const FrameSize& size) {
     if (s.frame->format != kPlanar10) verdict = "decoder output is not yuv422p10";
     auto round8 = [](uint16_t v) { return static_cast<uint8_t>(std::min(255, (v + 2) >> 2)); };
     for (unsigned int r = 0; r < size.height && verdict.empty(); ++r) {
-        const uint8_t* p = b.dst + size_t{r} * 2 * size.width;
+        const uint8_t* p = b.dst + size_t{r} * unpack.dst_pitch;
         const uint16_t *y = plane_row(s.frame, 0, r), *cb = plane_row(s.frame, 1, r),
                        *cr = plane_row(s.frame, 2, r);
         for (unsigned int k = 0; k < size.width / 2; ++k) {
@@ -204,7 +206,7 @@ void time_decode(benchmark::State& state, Session& s, size_t moved) {
 
 void register_codec(const std::string& name, bool encoder, const FrameSize& size,
                     benchmark::TimeUnit unit) {
-    const size_t moved = planar10_bytes(size) + v210_frame_bytes(size);
+    const size_t moved = planar10_bytes(size) + frame_bytes(Format::V210, size);
     benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
         Session& s = session(encoder, size);
         if (!s.error.empty()) {
@@ -283,7 +285,7 @@ FfmpegV210 register_ffmpeg_v210(const FrameSize& size) {
     names.decode_alloc = "ffmpeg:v210dec/alloc/" + size.label();
     register_codec(names.encode, true, size, benchmark::kMillisecond);
     register_codec(names.decode, false, size, benchmark::kMillisecond);
-    register_packet_alloc(names.encode_alloc, v210_frame_bytes(size));
+    register_packet_alloc(names.encode_alloc, frame_bytes(Format::V210, size));
     register_frame_alloc(names.decode_alloc, size);
     return names;
 }

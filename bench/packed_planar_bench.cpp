@@ -1,6 +1,7 @@
-// Packed 4:2:2 to and from planar I420 and P422: every converter at the plain
-// level and at level 5, against memcpy of the same bytes and libyuv's matching
-// function.
+// Packed 4:2:2 to and from planar I420, YV12 and P422: the converter of every
+// such pair of formats in the library's list at the plain level and at level 5,
+// against memcpy of the same bytes and, for the pairs it converts, libyuv's
+// matching function.
 //
 // libyuv makes 4:2:0 chroma by averaging row pairs (packed to planar) or by
 // repeating each chroma row for two rows (planar to packed), while ours keeps
@@ -23,17 +24,16 @@ namespace {
 
 constexpr const char* kFamily = "packed <-> planar";
 
-enum class Direction { to_planar, from_planar };
-enum class Order { uyvy, yuy2 };  // where the packed side keeps its luma: odd or even bytes
+bool packed_planar_pair(Format from, Format to) {
+    return (cycbcr::is_packed422(from) && cycbcr::is_planar8(to)) ||
+           (cycbcr::is_planar8(from) && cycbcr::is_packed422(to));
+}
 
-struct ConverterDef {
+// libyuv's function for a pair of formats.
+struct PeerDef {
+    Format from, to;
     const char* name;
     Converter fn;
-    Direction direction;
-    bool is420;  // else P422
-    Order order;
-    const char* peer_name;
-    Converter peer;
 };
 
 #ifdef CYCBCR_BENCH_LIBYUV
@@ -65,50 +65,38 @@ unsigned int from_planar(uint8_t* dst, const uint8_t* src, unsigned int width, u
     return dstPitch * height;
 }
 
-#define PEER(label, fn) label, fn
-#else
-#define PEER(label, fn) nullptr, nullptr
+const PeerDef kPeers[] = {
+    {Format::UYVY, Format::I420, "libyuv:UYVYToI420", to_planar<libyuv::UYVYToI420, 4>},
+    {Format::YUY2, Format::I420, "libyuv:YUY2ToI420", to_planar<libyuv::YUY2ToI420, 4>},
+    {Format::I420, Format::UYVY, "libyuv:I420ToUYVY", from_planar<libyuv::I420ToUYVY, 4>},
+    {Format::I420, Format::YUY2, "libyuv:I420ToYUY2", from_planar<libyuv::I420ToYUY2, 4>},
+    {Format::UYVY, Format::P422, "libyuv:UYVYToI422", to_planar<libyuv::UYVYToI422, 2>},
+    {Format::YUY2, Format::P422, "libyuv:YUY2ToI422", to_planar<libyuv::YUY2ToI422, 2>},
+    {Format::P422, Format::UYVY, "libyuv:I422ToUYVY", from_planar<libyuv::I422ToUYVY, 2>},
+    {Format::P422, Format::YUY2, "libyuv:I422ToYUY2", from_planar<libyuv::I422ToYUY2, 2>},
+};
 #endif
 
-const ConverterDef kConverters[] = {
-    {"uyvy_to_i420", cycbcr_uyvy_to_i420, Direction::to_planar, true, Order::uyvy,
-     PEER("libyuv:UYVYToI420", (to_planar<libyuv::UYVYToI420, 4>))},
-    {"yuy2_to_i420", cycbcr_yuy2_to_i420, Direction::to_planar, true, Order::yuy2,
-     PEER("libyuv:YUY2ToI420", (to_planar<libyuv::YUY2ToI420, 4>))},
-    {"i420_to_uyvy", cycbcr_i420_to_uyvy, Direction::from_planar, true, Order::uyvy,
-     PEER("libyuv:I420ToUYVY", (from_planar<libyuv::I420ToUYVY, 4>))},
-    {"i420_to_yuy2", cycbcr_i420_to_yuy2, Direction::from_planar, true, Order::yuy2,
-     PEER("libyuv:I420ToYUY2", (from_planar<libyuv::I420ToYUY2, 4>))},
-    {"uyvy_to_p422", cycbcr_uyvy_to_p422, Direction::to_planar, false, Order::uyvy,
-     PEER("libyuv:UYVYToI422", (to_planar<libyuv::UYVYToI422, 2>))},
-    {"yuy2_to_p422", cycbcr_yuy2_to_p422, Direction::to_planar, false, Order::yuy2,
-     PEER("libyuv:YUY2ToI422", (to_planar<libyuv::YUY2ToI422, 2>))},
-    {"p422_to_uyvy", cycbcr_p422_to_uyvy, Direction::from_planar, false, Order::uyvy,
-     PEER("libyuv:I422ToUYVY", (from_planar<libyuv::I422ToUYVY, 2>))},
-    {"p422_to_yuy2", cycbcr_p422_to_yuy2, Direction::from_planar, false, Order::yuy2,
-     PEER("libyuv:I422ToYUY2", (from_planar<libyuv::I422ToYUY2, 2>))},
-};
-#undef PEER
-
-// Tight pitches on both sides: width for the planes, 2 * width for the packed
-// frame.
-Shape shape_of(const ConverterDef& c, const FrameSize& size) {
-    const size_t packed = packed_frame_bytes(size);
-    const size_t planar = c.is420 ? i420_frame_bytes(size) : p422_frame_bytes(size);
-    if (c.direction == Direction::to_planar)
-        return {size.width, 2 * size.width, planar, packed + planar};
-    return {2 * size.width, size.width, packed, packed + planar};
+const PeerDef* peer_for(Format from, Format to) {
+#ifdef CYCBCR_BENCH_LIBYUV
+    for (const PeerDef& p : kPeers)
+        if (p.from == from && p.to == to) return &p;
+#endif
+    (void)from;
+    (void)to;
+    return nullptr;
 }
 
 // 4:2:2: every byte. 4:2:0: the luma only (the Y plane, or the Y bytes of the
 // packed frame).
-Check check_of(const ConverterDef& c, const FrameSize& size) {
+Check check_of(Format from, Format to, const FrameSize& size) {
     Check check;
-    if (!c.is420) return check;
+    const bool to_planar = cycbcr::is_planar8(to);
+    if (cycbcr::full_height_chroma(to_planar ? to : from)) return check;
     check.count = size.pixels();
     check.what = "luma";
-    if (c.direction == Direction::from_planar) {
-        check.first = c.order == Order::uyvy ? 1 : 0;
+    if (!to_planar) {
+        check.first = cycbcr::info(to).pair.y0;
         check.step = 2;
     }
     return check;
@@ -117,28 +105,21 @@ Check check_of(const ConverterDef& c, const FrameSize& size) {
 }  // namespace
 
 void register_packed_planar_benchmarks() {
-    set_family_heading(kFamily,
-                       "Packed 4:2:2 <-> planar I420 / P422: the packed frame plus the planar "
-                       "frame per call; level 5 target >= libyuv\n(4:2:0 peers: same work, "
-                       "other chroma rows, luma checked; 4:2:2 peers: every byte checked)");
+    set_family_heading(
+        kFamily,
+        "Packed 4:2:2 <-> planar I420 / YV12 / P422: the packed frame plus the planar "
+        "frame per call; level 5 target >= libyuv\n(4:2:0 peers: same work, "
+        "other chroma rows, luma checked; 4:2:2 peers: every byte checked)");
+    const std::vector<Listed> listed = listed_for_family(packed_planar_pair);
     for (const FrameSize& size : kFrameSizes) {
-        for (const ConverterDef& c : kConverters) {
-            const Shape shape = shape_of(c, size);
-            SummaryRow row;
-            row.family = kFamily;
-            row.size = size.label();
-            row.converter = c.name;
-            row.level5_form = true;
-            row.memcpy = memcpy_benchmark(size, shape.moved / 2);
+        for (const Listed& c : listed) {
+            SummaryRow row = register_listed(kFamily, c, size);
             row.peer_target = 1.00;
-            row.plain = std::string(c.name) + "/" + size.label() + "/plain";
-            row.level5 = std::string(c.name) + "/" + size.label() + "/level5";
-            register_converter(row.plain, c.fn, size, shape, 0, false);
-            register_converter(row.level5, c.fn, size, shape, 5, true);
-            if (c.peer != nullptr) {
-                row.peer = std::string(c.peer_name) + "/" + size.label();
-                row.peer_label = c.peer_name;
-                register_peer(row.peer, c.peer, size, shape, c.fn, check_of(c, size));
+            if (const PeerDef* p = peer_for(c.from, c.to)) {
+                row.peer = std::string(p->name) + "/" + size.label();
+                row.peer_label = p->name;
+                register_peer(row.peer, p->fn, size, natural_shape(c.from, c.to, size), c.fn,
+                              check_of(c.from, c.to, size));
             }
             add_summary_row(std::move(row));
         }
