@@ -69,41 +69,45 @@ struct FormatInfo {
     bool bottom_up;        // the first row in memory is the last picture line (cyuv)
     PairOffsets pair;      // packed 4:2:2 only
     const char* name;      // as the converter names spell it
+    uint32_t fourcc;       // the canonical code, or kNoFourCC
 };
+
+// Formats the dispatcher has no code for are reached through named converters.
+inline constexpr uint32_t kNoFourCC = 0xFFFFFFFFu;
 
 // One row per format, in the order of the enumeration.
 // clang-format off
 constexpr FormatInfo kFormatInfo[] = {
-    //                 bits bytes cx cy cr_first bottom_up pair       name
-    {Arrangement::None,       0, 0, 0, 0, false, false, {},        "?"},
-    {Arrangement::Packed422,  8, 2, 1, 0, false, false, {1, 0, 2}, "uyvy"},
-    {Arrangement::Packed422,  8, 2, 1, 0, false, false, {0, 1, 3}, "yuy2"},
-    {Arrangement::Packed422,  8, 2, 1, 0, false, false, {0, 3, 1}, "yvyu"},
-    {Arrangement::Packed422,  8, 2, 1, 0, false, true,  {1, 0, 2}, "cyuv"},
-    {Arrangement::Planar,     8, 1, 1, 1, false, false, {},        "i420"},
-    {Arrangement::Planar,     8, 1, 1, 1, true,  false, {},        "yv12"},
-    {Arrangement::Planar,     8, 1, 1, 0, false, false, {},        "p422"},
-    {Arrangement::V210,      10, 0, 1, 0, false, false, {},        "012v"},
-    {Arrangement::Planar,    10, 2, 1, 1, false, false, {},        "yuv420p10"},
-    {Arrangement::Planar,    12, 2, 1, 1, false, false, {},        "yuv420p12"},
-    {Arrangement::Planar,    16, 2, 1, 1, false, false, {},        "yuv420p16"},
-    {Arrangement::Planar,    10, 2, 1, 0, false, false, {},        "yuv422p10"},
-    {Arrangement::Planar,    12, 2, 1, 0, false, false, {},        "yuv422p12"},
-    {Arrangement::Planar,    16, 2, 1, 0, false, false, {},        "yuv422p16"},
-    {Arrangement::Planar,    10, 2, 0, 0, false, false, {},        "yuv444p10"},
-    {Arrangement::Planar,    12, 2, 0, 0, false, false, {},        "yuv444p12"},
-    {Arrangement::SemiPlanar, 8, 1, 1, 1, false, false, {},        "NV12"},
-    {Arrangement::SemiPlanar,10, 2, 1, 1, false, false, {},        "NV10"},
-    {Arrangement::SemiPlanar,16, 2, 1, 1, false, false, {},        "NV12p16"},
-    {Arrangement::Rgb,        5, 2, 0, 0, false, false, {},        "rgb555"},
-    {Arrangement::Rgb,        6, 2, 0, 0, false, false, {},        "rgb565"},
-    {Arrangement::Rgb,        8, 3, 0, 0, false, false, {},        "rgb24"},
-    {Arrangement::Rgb,        8, 4, 0, 0, false, false, {},        "rgb32"},
-    {Arrangement::Rgb,       16, 6, 0, 0, false, false, {},        "RGB48"},
-    {Arrangement::Rgb,       16, 8, 0, 0, false, false, {},        "RGB64"},
-    {Arrangement::Rgb,       10, 4, 0, 0, false, false, {},        "RGB10"},
-    {Arrangement::Rgb,       32, 16, 0, 0, false, false, {},       "RGB32F"},
-    {Arrangement::Rgb,        8, 1, 0, 0, false, false, {},        "RGBPlanar"},
+    // arrangement, bits, bytes, cx, cy, cr_first, bottom_up, pair, name, fourcc
+    {Arrangement::None,       0, 0, 0, 0, false, false, {},        "?", kNoFourCC},
+    {Arrangement::Packed422,  8, 2, 1, 0, false, false, {1, 0, 2}, "uyvy", CYCBCR_FOURCC_UYVY},
+    {Arrangement::Packed422,  8, 2, 1, 0, false, false, {0, 1, 3}, "yuy2", CYCBCR_FOURCC_YUY2},
+    {Arrangement::Packed422,  8, 2, 1, 0, false, false, {0, 3, 1}, "yvyu", CYCBCR_FOURCC_YVYU},
+    {Arrangement::Packed422,  8, 2, 1, 0, false, true,  {1, 0, 2}, "cyuv", CYCBCR_FOURCC_cyuv},
+    {Arrangement::Planar,     8, 1, 1, 1, false, false, {},        "i420", CYCBCR_FOURCC_I420},
+    {Arrangement::Planar,     8, 1, 1, 1, true,  false, {},        "yv12", CYCBCR_FOURCC_YV12},
+    {Arrangement::Planar,     8, 1, 1, 0, false, false, {},        "p422", CYCBCR_FOURCC_P422},
+    {Arrangement::V210,      10, 0, 1, 0, false, false, {},        "012v", CYCBCR_FOURCC_v210},
+    {Arrangement::Planar,    10, 2, 1, 1, false, false, {},        "yuv420p10", kNoFourCC},
+    {Arrangement::Planar,    12, 2, 1, 1, false, false, {},        "yuv420p12", kNoFourCC},
+    {Arrangement::Planar,    16, 2, 1, 1, false, false, {},        "yuv420p16", kNoFourCC},
+    {Arrangement::Planar,    10, 2, 1, 0, false, false, {},        "yuv422p10", kNoFourCC},
+    {Arrangement::Planar,    12, 2, 1, 0, false, false, {},        "yuv422p12", kNoFourCC},
+    {Arrangement::Planar,    16, 2, 1, 0, false, false, {},        "yuv422p16", kNoFourCC},
+    {Arrangement::Planar,    10, 2, 0, 0, false, false, {},        "yuv444p10", kNoFourCC},
+    {Arrangement::Planar,    12, 2, 0, 0, false, false, {},        "yuv444p12", kNoFourCC},
+    {Arrangement::SemiPlanar, 8, 1, 1, 1, false, false, {},        "NV12", kNoFourCC},
+    {Arrangement::SemiPlanar,10, 2, 1, 1, false, false, {},        "NV10", kNoFourCC},
+    {Arrangement::SemiPlanar,16, 2, 1, 1, false, false, {},        "NV12p16", kNoFourCC},
+    {Arrangement::Rgb,        5, 2, 0, 0, false, false, {},        "rgb555", kNoFourCC},
+    {Arrangement::Rgb,        6, 2, 0, 0, false, false, {},        "rgb565", kNoFourCC},
+    {Arrangement::Rgb,        8, 3, 0, 0, false, false, {},        "rgb24", kNoFourCC},
+    {Arrangement::Rgb,        8, 4, 0, 0, false, false, {},        "rgb32", CYCBCR_FOURCC_RGB32},
+    {Arrangement::Rgb,       16, 6, 0, 0, false, false, {},        "RGB48", kNoFourCC},
+    {Arrangement::Rgb,       16, 8, 0, 0, false, false, {},        "RGB64", kNoFourCC},
+    {Arrangement::Rgb,       10, 4, 0, 0, false, false, {},        "RGB10", kNoFourCC},
+    {Arrangement::Rgb,       32, 16, 0, 0, false, false, {},       "RGB32F", kNoFourCC},
+    {Arrangement::Rgb,        8, 1, 0, 0, false, false, {},        "RGBPlanar", kNoFourCC},
 };
 // clang-format on
 static_assert(sizeof kFormatInfo / sizeof kFormatInfo[0] == size_t(Format::RGBPlanar) + 1,

@@ -43,26 +43,7 @@ std::vector<Entry> entries() {
 }
 
 uint32_t code_of(Format f) {
-    switch (f) {
-        case Format::UYVY:
-            return CYCBCR_FOURCC_UYVY;
-        case Format::YUY2:
-            return CYCBCR_FOURCC_YUY2;
-        case Format::YVYU:
-            return CYCBCR_FOURCC_YVYU;
-        case Format::CYUV:
-            return CYCBCR_FOURCC_cyuv;
-        case Format::I420:
-            return CYCBCR_FOURCC_I420;
-        case Format::YV12:
-            return CYCBCR_FOURCC_YV12;
-        case Format::P422:
-            return CYCBCR_FOURCC_P422;
-        case Format::V210:
-            return CYCBCR_FOURCC_v210;
-        default:
-            return 0xFFFFFFFFu;
-    }
+    return cycbcr::info(f).fourcc;
 }
 
 // A row's worth of slack: one v210 group. An exact answer ends where the last
