@@ -142,11 +142,6 @@ class Progress {
     std::chrono::steady_clock::time_point last_ = start_;
 };
 
-std::vector<uint8_t> frame_buffer(uint64_t bytes) {
-    if (bytes > SIZE_MAX) throw ToolError("frame too large for this machine");
-    return std::vector<uint8_t>(static_cast<size_t>(bytes));
-}
-
 }  // namespace
 
 int run_convert(Args args) {
@@ -164,15 +159,9 @@ int run_convert(Args args) {
     if (options.size) parse_size(*options.size, width, height);
     const FrameLayout src_layout = frame_layout(from.format, width, height);
     const FrameLayout dst_layout = frame_layout(to.format, width, height);
+    FrameConverter converter(from, to, width, height);
     const std::string size_text = std::to_string(width) + "x" + std::to_string(height);
-
-    // Frames are read into and written from the start of buffers that leave
-    // the converters room past the frame; files hold the frame bytes only.
-    std::vector<uint8_t> src = frame_buffer(src_layout.buffer_bytes);
-    std::vector<uint8_t> dst = frame_buffer(dst_layout.buffer_bytes);
-    const std::span<uint8_t> src_frame(src.data(), static_cast<size_t>(src_layout.frame_bytes));
-    const std::span<const uint8_t> dst_frame(dst.data(),
-                                             static_cast<size_t>(dst_layout.frame_bytes));
+    const std::span<uint8_t> src_frame = converter.source();
 
     std::optional<FrameReader> reader;
     if (options.in) {
@@ -181,7 +170,14 @@ int run_convert(Args args) {
     } else {
         write_colour_bars(from.format, width, height, src_layout, src_frame);
     }
-    if (options.level) cycbcr_set_cpu(parse_level(*options.level));
+    // The level is settled before the first frame: some converters called
+    // without the dispatcher leave the choice to a later call, and every
+    // frame must take the same paths.
+    if (options.level) {
+        cycbcr_set_cpu(parse_level(*options.level));
+    } else {
+        cycbcr_get_cpu(1);
+    }
 
     // Opened last, so that every argument and input error comes before any
     // file is created.
@@ -192,8 +188,7 @@ int run_convert(Args args) {
     uint64_t frames = 0;
     Progress progress(reader ? reader->known_frames() : 1);
     while (reader ? reader->read(src_frame) : frames == 0) {
-        convert_frame(from.value, to.value, dst.data(), src.data(), width, height, dst_layout,
-                      src_layout);
+        const std::span<const uint8_t> dst_frame = converter.convert();
         if (output) {
             output->write(dst_frame);
         } else {

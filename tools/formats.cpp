@@ -45,65 +45,11 @@ bool parse_decimal(std::string_view text, uint32_t& value) {
     return ec == std::errc() && end == text.data() + text.size();
 }
 
-// Room for the converters' whole-group rows past the last pixel of a packed
-// 8-bit row: up to one 12-pixel step, 24 bytes. v210 to UYVY on the AVX2 path
-// writes whole 6-pixel groups (ceil(width / 6) * 12 bytes a row), the v210
-// unpackers for the other byte orders write the width rounded up to 12 pixels,
-// and the packers into v210 read whole 6-pixel groups. The converters that
-// write packed rows work top to bottom, so a row's overrun lands in the next
-// row before that row is written and only the last row's reaches past the
-// frame. The room is still given once per row: with a pitch of exactly
-// 2 * width the YUY2-style packers start each row where the previous row's
-// last group ended, so their reads run further past the frame row by row.
-constexpr uint64_t kPackedRowOverrun = 24;
-
-// A small margin after every buffer, on top of the documented overruns.
-constexpr uint64_t kBufferMargin = 64;
-
-FrameLayout packed422_layout(Format format, uint32_t width, uint32_t height) {
-    // A row is whole Cb Y Cr Y pixel pairs: an odd width would end every row in
-    // half a pair, a pixel with one chroma sample and no partner, which the
-    // byte-order converters leave unwritten.
-    if (width % 2 != 0) {
-        throw ToolError(std::string(format_name(format)) + " frames need an even width, not " +
-                        std::to_string(width));
+void require_even(Format format, const char* what, uint32_t value) {
+    if (value % 2 != 0) {
+        throw ToolError(std::string(format_name(format)) + " frames need an even " + what +
+                        ", not " + std::to_string(value));
     }
-    const uint32_t pitch = natural_pitch(format, width);
-    const uint64_t frame = uint64_t{pitch} * height;
-    return {pitch, frame, frame + kPackedRowOverrun * height + kBufferMargin};
-}
-
-FrameLayout v210_layout(uint32_t width, uint32_t height) {
-    // Any width: rows are whole 128-byte blocks of eight groups, and every v210
-    // converter reads and writes whole groups inside them.
-    const uint32_t pitch = natural_pitch(Format::V210, width);
-    const uint64_t frame = uint64_t{pitch} * height;
-    return {pitch, frame, frame + kBufferMargin};
-}
-
-// Room past each planar row: the v210 unpackers write the width rounded up to
-// 12 pixels in every row and plane (up to 11 bytes past a row).
-constexpr uint64_t kPlanarRowOverrun = 12;
-
-FrameLayout planar_layout(Format format, uint32_t width, uint32_t height) {
-    // The planes lie back to back with rows of width and width / 2 bytes, where
-    // the library puts them: chroma at width * height, the second chroma plane a
-    // quarter (4:2:0) or half (4:2:2) of that later. That is the tightly packed
-    // frame only when every chroma sample covers whole pixels.
-    const bool subsampled = format != Format::P422;
-    if (width % 2 != 0) {
-        throw ToolError(std::string(format_name(format)) + " frames need an even width, not " +
-                        std::to_string(width));
-    }
-    if (subsampled && height % 2 != 0) {
-        throw ToolError(std::string(format_name(format)) + " frames need an even height, not " +
-                        std::to_string(height));
-    }
-    const uint32_t pitch = natural_pitch(format, width);
-    const uint64_t luma = uint64_t{pitch} * height;
-    const uint64_t frame = luma + (subsampled ? luma / 2 : luma);
-    const uint64_t rows = subsampled ? height * 2ull : height * 3ull;  // luma and chroma rows
-    return {pitch, frame, frame + kPlanarRowOverrun * rows + kBufferMargin};
 }
 
 }  // namespace
@@ -233,6 +179,32 @@ bool command_lays_out(Format format) {
     return false;
 }
 
+std::vector<PlaneRows> frame_planes(Format format, uint32_t width, uint32_t height,
+                                    uint32_t pitch) {
+    switch (format) {
+        case Format::I420:
+        case Format::YV12:
+        case Format::P422: {
+            const uint32_t chroma_rows = format == Format::P422 ? height : height / 2;
+            const uint32_t chroma_pitch = pitch / 2;
+            const uint64_t luma = uint64_t{pitch} * height;
+            const uint64_t chroma = uint64_t{chroma_pitch} * chroma_rows;
+            return {{0, pitch, width, height},
+                    {luma, chroma_pitch, width / 2, chroma_rows},
+                    {luma + chroma, chroma_pitch, width / 2, chroma_rows}};
+        }
+        case Format::V210:
+            return {{0, pitch, v210_row_bytes(width), height}};
+        default:
+            return {{0, pitch, natural_pitch(format, width), height}};
+    }
+}
+
+uint64_t frame_extent(std::span<const PlaneRows> planes) {
+    const PlaneRows& last = planes.back();
+    return last.offset + uint64_t{last.pitch} * last.rows;
+}
+
 FrameLayout frame_layout(Format format, uint32_t width, uint32_t height) {
     if (!command_lays_out(format)) {
         throw ToolError(std::string("frames of ") + format_name(format) +
@@ -240,14 +212,28 @@ FrameLayout frame_layout(Format format, uint32_t width, uint32_t height) {
     }
     switch (format) {
         case Format::V210:
-            return v210_layout(width, height);
+            // Any width: rows are whole 128-byte blocks of eight groups.
+            break;
         case Format::I420:
         case Format::YV12:
-        case Format::P422:
-            return planar_layout(format, width, height);
+            // The planes lie back to back with rows of width and width / 2
+            // bytes, where the library puts them at a pitch of the width: the
+            // tightly packed frame only when every chroma sample covers whole
+            // pixels.
+            require_even(format, "width", width);
+            require_even(format, "height", height);
+            break;
         default:
-            return packed422_layout(format, width, height);
+            // Packed rows are whole Cb Y Cr Y pixel pairs: an odd width would
+            // end every row in half a pair, a pixel with one chroma sample and
+            // no partner, which the byte-order converters leave unwritten.
+            // P422 planes are tightly packed for even widths only, as 4:2:0
+            // ones are.
+            require_even(format, "width", width);
+            break;
     }
+    const uint32_t pitch = natural_pitch(format, width);
+    return {pitch, frame_extent(frame_planes(format, width, height, pitch))};
 }
 
 void parse_size(std::string_view text, uint32_t& width, uint32_t& height) {

@@ -7,6 +7,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace cycbcr_tool {
 
@@ -45,19 +46,34 @@ const char* format_description(Format format);
 uint32_t natural_pitch(Format format, uint32_t width);
 
 // A frame as the command reads and writes it: rows at natural_pitch(), so a
-// file holds frames of exactly frame_bytes back to back. The converters work
-// in whole pixel groups and may read or write past the last pixel of a row, so
-// a frame's buffer is buffer_bytes long; only its first frame_bytes belong to
-// the frame.
+// file holds frames of exactly frame_bytes back to back.
 struct FrameLayout {
     uint32_t pitch = 0;
     uint64_t frame_bytes = 0;
-    uint64_t buffer_bytes = 0;
 };
 
 // The layout of a width x height frame; throws ToolError when the format cannot
 // hold a frame of that size, or when the command does not lay it out yet.
 FrameLayout frame_layout(Format format, uint32_t width, uint32_t height);
+
+// One plane of a frame (packed formats have one): rows of row_bytes, pitch
+// bytes apart, the first at offset.
+struct PlaneRows {
+    uint64_t offset = 0;
+    uint32_t pitch = 0;
+    uint32_t row_bytes = 0;
+    uint32_t rows = 0;
+};
+
+// The planes of a frame of a laid-out format whose rows lie pitch bytes apart,
+// where a converter writing it at that pitch puts them: planar chroma planes
+// from pitch * height on, chroma rows pitch / 2 apart, the second chroma plane
+// right after the first. At natural_pitch() this is the file frame.
+std::vector<PlaneRows> frame_planes(Format format, uint32_t width, uint32_t height, uint32_t pitch);
+
+// The bytes from the start of the first plane to the end of the last row slot
+// of the last one.
+uint64_t frame_extent(std::span<const PlaneRows> planes);
 
 // Whether frame_layout() knows the format at all (for any size it accepts).
 bool command_lays_out(Format format);

@@ -60,8 +60,10 @@ int run_formats(Args args) {
         std::printf("  %-9s", format_name(from.format));
         for (const FormatCodes& to : formats) {
             const char* cell = "-";
-            if (library_converts(from.codes.front()->value, to.codes.front()->value)) {
-                cell = command_lays_out(from.format) && command_lays_out(to.format) ? "yes" : "lib";
+            const uint32_t from_code = from.codes.front()->value;
+            const uint32_t to_code = to.codes.front()->value;
+            if (library_converts(from_code, to_code)) {
+                cell = command_converts(from_code, to_code) ? "yes" : "lib";
             }
             std::printf(" %6s", cell);
         }
@@ -70,7 +72,7 @@ int run_formats(Args args) {
     std::puts(
         "\n  yes  converted by the library and by 'cycbcr convert'\n"
         "  lib  converted by the library; 'cycbcr convert' cannot read or write\n"
-        "       one of the two formats yet\n"
+        "       one of the two formats yet, or lacks a converter of its route\n"
         "  -    not converted by this build of the library");
     return 0;
 }

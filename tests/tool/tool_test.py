@@ -59,6 +59,19 @@ def chroma_exchange(data, first=1, second=3):
     return bytes(out)
 
 
+def reorder(data, order):
+    """Each 4-byte pair rebuilt from the bytes of the source pair at the
+    positions in order."""
+    out = bytearray(len(data))
+    for i, j in enumerate(order):
+        out[i::4] = data[j::4]
+    return bytes(out)
+
+
+# YVYU Y0 Cr Y1 Cb to UYVY Cb Y0 Cr Y1.
+YVYU_TO_UYVY = (3, 0, 1, 2)
+
+
 def v210_row_bytes(width):
     """Rows of whole 48-pixel blocks of 128 bytes."""
     return (width + 47) // 48 * 128
@@ -161,8 +174,7 @@ class BuiltInFrame(ToolCase):
 
     def test_every_source_format_carries_the_same_picture(self):
         # The bars made in each 8-bit format, brought to UYVY, must agree (the
-        # bars are the same on every row, so 4:2:0 chroma cannot differ);
-        # YVYU goes through a converter that exchanges chroma, so undo that.
+        # bars are the same on every row, so 4:2:0 chroma cannot differ).
         size = "48x4"
         sources = ("UYVY", "YUY2", "YVYU", "cyuv", "I420", "YV12", "P422", "422P")
         pictures = {}
@@ -172,17 +184,20 @@ class BuiltInFrame(ToolCase):
             self.assertEqual(res.returncode, 0, res.stderr.decode())
             with open(out, "rb") as f:
                 pictures[src] = f.read()
-        pictures["YVYU"] = chroma_exchange(pictures["YVYU"], 0, 2)
         for src in sources[1:]:
             self.assertEqual(pictures[src], pictures["UYVY"], src)
 
     def test_summary_checksum_is_fnv1a_of_the_output(self):
-        args = ["convert", "--from", "YUY2", "--to", "cyuv", "--size", "320x8"]
-        res = run(*args)
-        self.assertEqual(res.returncode, 0, res.stderr.decode())
-        reported = int(re.search(r"fnv1a64=([0-9a-f]{16})", res.stdout.decode()).group(1), 16)
-        self.assertEqual(run(*args, "--out", self.path("o")).returncode, 0)
-        self.assertEqual(reported, fnv1a64(self.read("o")))
+        # One library call, two calls through YUY2, and calls on padded rows.
+        for src, dst, size in (("YUY2", "cyuv", "320x8"), ("YVYU", "UYVY", "320x8"),
+                               ("v210", "I420", "1276x8"), ("YUY2", "v210", "1276x8")):
+            args = ["convert", "--from", src, "--to", dst, "--size", size]
+            res = run(*args)
+            self.assertEqual(res.returncode, 0, res.stderr.decode())
+            reported = int(re.search(r"fnv1a64=([0-9a-f]{16})", res.stdout.decode()).group(1),
+                           16)
+            self.assertEqual(run(*args, "--out", self.path("o")).returncode, 0)
+            self.assertEqual(reported, fnv1a64(self.read("o")), (src, dst))
 
 
 class FileConversions(ToolCase):
@@ -201,14 +216,20 @@ class FileConversions(ToolCase):
         self.assertEqual(back.returncode, 0, back.stderr.decode())
         self.assertEqual(self.read("back.raw"), data)
 
-    def test_byte_order_quirks_of_yvyu(self):
-        data = self.random_bytes(2 * 2 * 20 * 3)
-        self.assertEqual(self.convert("YUY2", "YVYU", "20x3", data), chroma_exchange(data))
-        # YVYU <-> UYVY is a plain word swap: Cb and Cr trade places.
-        self.assertEqual(self.convert("YVYU", "UYVY", "20x3", data), word_swap(data))
-        self.assertEqual(self.convert("UYVY", "YVYU", "20x3", data), word_swap(data))
-        self.assertEqual(self.convert("YVYU", "cyuv", "20x3", data),
-                         reverse_rows(word_swap(data), 40, 3))
+    def test_yvyu_pairs_keep_cb_and_cr(self):
+        # The library's YVYU <-> UYVY and YVYU <-> cyuv converters swap words
+        # and so exchange chroma; the command's files keep every sample where
+        # the formats put it, at widths of whole and part pixel groups.
+        for width, height in ((20, 3), (22, 5)):
+            size = f"{width}x{height}"
+            yvyu = self.random_bytes(2 * 2 * width * height)  # two frames
+            uyvy = reorder(yvyu, YVYU_TO_UYVY)
+            self.assertEqual(self.convert("YUY2", "YVYU", size, yvyu), chroma_exchange(yvyu))
+            self.assertEqual(self.convert("YVYU", "UYVY", size, yvyu), uyvy, size)
+            self.assertEqual(self.convert("UYVY", "YVYU", size, uyvy), yvyu, size)
+            cyuv = reverse_rows(uyvy, 2 * width, height)
+            self.assertEqual(self.convert("YVYU", "cyuv", size, yvyu), cyuv, size)
+            self.assertEqual(self.convert("cyuv", "YVYU", size, cyuv), yvyu, size)
 
     def test_aliases_and_numeric_codes_pick_the_canonical_formats(self):
         data = self.random_bytes(2 * 16 * 2)

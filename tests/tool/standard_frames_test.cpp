@@ -1,0 +1,437 @@
+// The frames the cycbcr command writes, read by FFmpeg: every pair of the
+// eight YCbCr formats, at widths of whole and part pixel groups, at level 0 and
+// at the best level. Inputs are written and outputs read by FFmpeg alone (its
+// v210 codec, and the pixel-format descriptors of libavutil for the 8-bit
+// formats), so a sheared row, a damaged plane or exchanged chroma shows as
+// samples that differ from the picture.
+//
+// Usage: standard_frames_test PATH_TO_CYCBCR [gtest arguments]
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <ostream>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavutil/frame.h>
+#include <libavutil/imgutils.h>
+#include <libavutil/log.h>
+#include <libavutil/pixdesc.h>
+}
+
+namespace {
+
+std::string g_tool;
+std::filesystem::path g_dir;
+
+constexpr uint32_t kWidths[] = {2, 6, 720, 1276, 1280, 1920, 3840};
+constexpr uint32_t kHeight = 8;
+constexpr int kFrames = 2;
+
+// ---------------------------------------------------------------------------
+// The picture: 10-bit 4:2:2 samples, all multiples of 4 from 64 to 940, so
+// that every 10-to-8-bit rule the library has gives v >> 2 and 8 bits go back
+// to the same 10-bit value. Luma differs from pixel to pixel and row to row,
+// so a row shifted or taken from elsewhere shows; chroma varies across the row
+// and is constant over blocks of four rows, where every way of subsampling it
+// to 4:2:0 and back gives the same samples.
+
+uint16_t studio(uint32_t n) {
+    return static_cast<uint16_t>(4 * (16 + n % 220));
+}
+
+struct Picture {
+    uint32_t w = 0, h = 0;
+    std::vector<uint16_t> y, cb, cr;  // chroma planes w / 2 wide, h high
+    uint16_t Y(uint32_t r, uint32_t x) const { return y[size_t{r} * w + x]; }
+    uint16_t Cb(uint32_t r, uint32_t k) const { return cb[size_t{r} * (w / 2) + k]; }
+    uint16_t Cr(uint32_t r, uint32_t k) const { return cr[size_t{r} * (w / 2) + k]; }
+};
+
+Picture make_picture(uint32_t w, uint32_t h, int frame) {
+    Picture p{w, h, {}, {}, {}};
+    for (uint32_t r = 0; r < h; ++r) {
+        for (uint32_t x = 0; x < w; ++x) p.y.push_back(studio(7 * x + 29 * r + 3 * frame));
+        const uint32_t block = r / 4;
+        for (uint32_t k = 0; k < w / 2; ++k) {
+            p.cb.push_back(studio(5 * k + 37 * block + frame));
+            p.cr.push_back(studio(11 * k + 13 * block + 110 + frame));
+        }
+    }
+    return p;
+}
+
+// ---------------------------------------------------------------------------
+// The formats and FFmpeg's reading of each.
+
+enum class Kind { Packed, Planar420, Planar422, V210 };
+
+struct Format {
+    const char* name;  // the command's code
+    Kind kind;
+    AVPixelFormat pix;           // FFmpeg's format of the same bytes (not v210)
+    bool chroma_planes_swapped;  // YV12: YUV420P with Cr before Cb
+    bool bottom_up;              // cyuv: UYVY422 with the last row first
+};
+
+const Format kFormats[] = {
+    {"UYVY", Kind::Packed, AV_PIX_FMT_UYVY422, false, false},
+    {"YUY2", Kind::Packed, AV_PIX_FMT_YUYV422, false, false},
+    {"YVYU", Kind::Packed, AV_PIX_FMT_YVYU422, false, false},
+    {"cyuv", Kind::Packed, AV_PIX_FMT_UYVY422, false, true},
+    {"I420", Kind::Planar420, AV_PIX_FMT_YUV420P, false, false},
+    {"YV12", Kind::Planar420, AV_PIX_FMT_YUV420P, true, false},
+    {"P422", Kind::Planar422, AV_PIX_FMT_YUV422P, false, false},
+    {"v210", Kind::V210, AV_PIX_FMT_NONE, false, false},
+};
+
+size_t v210_frame_bytes(uint32_t w, uint32_t h) {
+    return size_t{(w + 47) / 48 * 128} * h;
+}
+
+size_t frame_bytes(const Format& f, uint32_t w, uint32_t h) {
+    if (f.kind == Kind::V210) return v210_frame_bytes(w, h);
+    return static_cast<size_t>(
+        av_image_get_buffer_size(f.pix, static_cast<int>(w), static_cast<int>(h), 1));
+}
+
+// An 8-bit frame as FFmpeg addresses it: its planes tightly packed.
+struct ImageView {
+    uint8_t* data[4] = {};
+    int linesize[4] = {};
+    const AVPixFmtDescriptor* desc = nullptr;
+};
+
+ImageView image_view(const Format& f, uint8_t* frame, uint32_t w, uint32_t h) {
+    ImageView v;
+    v.desc = av_pix_fmt_desc_get(f.pix);
+    av_image_fill_arrays(v.data, v.linesize, frame, f.pix, static_cast<int>(w), static_cast<int>(h),
+                         1);
+    if (f.chroma_planes_swapped) {
+        std::swap(v.data[1], v.data[2]);
+        std::swap(v.linesize[1], v.linesize[2]);
+    }
+    if (f.bottom_up) {
+        // cyuv is UYVY stored bottom-up: read as UYVY422 from the last stored
+        // row upward.
+        v.data[0] += static_cast<ptrdiff_t>(h - 1) * v.linesize[0];
+        v.linesize[0] = -v.linesize[0];
+    }
+    return v;
+}
+
+// The chroma row of a frame's plane row: 4:2:0 rows stand for two picture
+// rows, which the picture gives the same chroma.
+uint32_t picture_row_of_chroma(const Format& f, uint32_t row) {
+    return f.kind == Kind::Planar420 ? 2 * row : row;
+}
+
+namespace av {
+struct Deleter {
+    void operator()(AVCodecContext* c) const { avcodec_free_context(&c); }
+    void operator()(AVFrame* f) const { av_frame_free(&f); }
+    void operator()(AVPacket* p) const { av_packet_free(&p); }
+};
+template <class T>
+using Ptr = std::unique_ptr<T, Deleter>;
+
+Ptr<AVCodecContext> open_v210(bool encoder, uint32_t w, uint32_t h) {
+    const AVCodec* codec =
+        encoder ? avcodec_find_encoder(AV_CODEC_ID_V210) : avcodec_find_decoder(AV_CODEC_ID_V210);
+    if (codec == nullptr) return nullptr;
+    Ptr<AVCodecContext> ctx(avcodec_alloc_context3(codec));
+    ctx->width = static_cast<int>(w);
+    ctx->height = static_cast<int>(h);
+    ctx->pix_fmt = AV_PIX_FMT_YUV422P10;
+    ctx->time_base = {1, 25};
+    ctx->thread_count = 1;
+    if (avcodec_open2(ctx.get(), codec, nullptr) != 0) return nullptr;
+    return ctx;
+}
+}  // namespace av
+
+// One frame of the picture in the format, written by FFmpeg.
+std::vector<uint8_t> write_frame(const Format& f, const Picture& p) {
+    if (f.kind == Kind::V210) {
+        auto ctx = av::open_v210(true, p.w, p.h);
+        av::Ptr<AVFrame> frame(av_frame_alloc());
+        av::Ptr<AVPacket> pkt(av_packet_alloc());
+        frame->format = AV_PIX_FMT_YUV422P10;
+        frame->width = static_cast<int>(p.w);
+        frame->height = static_cast<int>(p.h);
+        if (!ctx || av_frame_get_buffer(frame.get(), 0) != 0) return {};
+        for (uint32_t r = 0; r < p.h; ++r) {
+            auto* y = reinterpret_cast<uint16_t*>(frame->data[0] + r * frame->linesize[0]);
+            auto* cb = reinterpret_cast<uint16_t*>(frame->data[1] + r * frame->linesize[1]);
+            auto* cr = reinterpret_cast<uint16_t*>(frame->data[2] + r * frame->linesize[2]);
+            for (uint32_t x = 0; x < p.w; ++x) y[x] = p.Y(r, x);
+            for (uint32_t k = 0; k < p.w / 2; ++k) {
+                cb[k] = p.Cb(r, k);
+                cr[k] = p.Cr(r, k);
+            }
+        }
+        if (avcodec_send_frame(ctx.get(), frame.get()) != 0 ||
+            avcodec_receive_packet(ctx.get(), pkt.get()) != 0)
+            return {};
+        return {pkt->data, pkt->data + pkt->size};
+    }
+    // av_write_image_line2 merges bits into the bytes it writes: start from 0.
+    std::vector<uint8_t> out(frame_bytes(f, p.w, p.h), 0);
+    ImageView v = image_view(f, out.data(), p.w, p.h);
+    const uint32_t chroma_rows = f.kind == Kind::Planar420 ? p.h / 2 : p.h;
+    std::vector<uint16_t> line(p.w);
+    for (uint32_t r = 0; r < p.h; ++r) {
+        for (uint32_t x = 0; x < p.w; ++x) line[x] = p.Y(r, x) >> 2;
+        av_write_image_line2(line.data(), v.data, v.linesize, v.desc, 0, static_cast<int>(r), 0,
+                             static_cast<int>(p.w), 2);
+    }
+    for (uint32_t r = 0; r < chroma_rows; ++r) {
+        const uint32_t pr = picture_row_of_chroma(f, r);
+        for (int c = 1; c <= 2; ++c) {
+            for (uint32_t k = 0; k < p.w / 2; ++k)
+                line[k] = (c == 1 ? p.Cb(pr, k) : p.Cr(pr, k)) >> 2;
+            av_write_image_line2(line.data(), v.data, v.linesize, v.desc, 0, static_cast<int>(r), c,
+                                 static_cast<int>(p.w / 2), 2);
+        }
+    }
+    return out;
+}
+
+// A frame as FFmpeg reads it: samples at the frame's own depth (8 or 10 bits)
+// and chroma at its own subsampling (4:2:0 rows h / 2). Empty planes when
+// FFmpeg refuses the data.
+struct Decoded {
+    std::vector<std::vector<uint16_t>> rows[3];  // Y, Cb, Cr
+};
+
+Decoded read_frame(const Format& f, const uint8_t* data, size_t bytes, uint32_t w, uint32_t h) {
+    Decoded d;
+    if (f.kind == Kind::V210) {
+        auto ctx = av::open_v210(false, w, h);
+        av::Ptr<AVFrame> frame(av_frame_alloc());
+        av::Ptr<AVPacket> pkt(av_packet_alloc());
+        if (!ctx || av_new_packet(pkt.get(), static_cast<int>(bytes)) != 0) return d;
+        std::memcpy(pkt->data, data, bytes);
+        if (avcodec_send_packet(ctx.get(), pkt.get()) != 0 ||
+            avcodec_receive_frame(ctx.get(), frame.get()) != 0 ||
+            frame->format != AV_PIX_FMT_YUV422P10)
+            return d;
+        for (int c = 0; c < 3; ++c) {
+            const uint32_t n = c == 0 ? w : w / 2;
+            for (uint32_t r = 0; r < h; ++r) {
+                const auto* row =
+                    reinterpret_cast<const uint16_t*>(frame->data[c] + r * frame->linesize[c]);
+                d.rows[c].emplace_back(row, row + n);
+            }
+        }
+        return d;
+    }
+    std::vector<uint8_t> copy(data, data + bytes);
+    ImageView v = image_view(f, copy.data(), w, h);
+    const uint32_t chroma_rows = f.kind == Kind::Planar420 ? h / 2 : h;
+    for (int c = 0; c < 3; ++c) {
+        const uint32_t n = c == 0 ? w : w / 2;
+        for (uint32_t r = 0; r < (c == 0 ? h : chroma_rows); ++r) {
+            std::vector<uint16_t> row(n);
+            av_read_image_line2(row.data(), const_cast<const uint8_t**>(v.data), v.linesize, v.desc,
+                                0, static_cast<int>(r), c, static_cast<int>(n), 0, 2);
+            d.rows[c].push_back(std::move(row));
+        }
+    }
+    return d;
+}
+
+// Every sample of the decoded frame against the picture; "" when all agree,
+// else the count of differing samples and the first of them.
+std::string compare(const Format& f, const Decoded& d, const Picture& p) {
+    const int shift = f.kind == Kind::V210 ? 0 : 2;
+    const char* names[3] = {"Y", "Cb", "Cr"};
+    uint64_t wrong = 0;
+    std::string first;
+    for (int c = 0; c < 3; ++c) {
+        const uint32_t rows = c == 0 || f.kind != Kind::Planar420 ? p.h : p.h / 2;
+        if (d.rows[c].size() != rows) return "FFmpeg could not read the frame";
+        for (uint32_t r = 0; r < rows; ++r) {
+            const std::vector<uint16_t>& got = d.rows[c][r];
+            for (uint32_t i = 0; i < got.size(); ++i) {
+                const uint32_t pr = c == 0 ? r : picture_row_of_chroma(f, r);
+                const uint16_t want = (c == 0   ? p.Y(pr, i)
+                                       : c == 1 ? p.Cb(pr, i)
+                                                : p.Cr(pr, i)) >>
+                                      shift;
+                if (got[i] == want) continue;
+                if (wrong++ == 0) {
+                    first = std::string(names[c]) + " row " + std::to_string(r) + " sample " +
+                            std::to_string(i) + ": " + std::to_string(got[i]) + " instead of " +
+                            std::to_string(want);
+                }
+            }
+        }
+    }
+    return wrong == 0 ? "" : std::to_string(wrong) + " samples differ, first " + first;
+}
+
+// ---------------------------------------------------------------------------
+// Files and the command.
+
+std::vector<uint8_t> read_file(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+// Runs the command; "" on success, else its status and what it said.
+std::string run_tool(const std::vector<std::string>& args) {
+    const std::string err = (g_dir / "stderr.txt").string();
+    std::vector<char*> argv = {g_tool.data()};
+    std::vector<std::string> owned(args);
+    for (std::string& a : owned) argv.push_back(a.data());
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, err.c_str(),
+                                     O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    pid_t pid = 0;
+    int status = -1;
+    const int spawned = posix_spawn(&pid, g_tool.c_str(), &actions, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (spawned != 0) return std::string("cannot run ") + g_tool;
+    if (waitpid(pid, &status, 0) != pid) return std::string("lost ") + g_tool;
+    if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return "";
+    const std::vector<uint8_t> said = read_file(err);
+    std::string text = "status ";
+    text += std::to_string(status);
+    text += ": ";
+    text.append(said.begin(), said.end());
+    return text;
+}
+
+// The input file of kFrames frames of the picture in a format at a width,
+// written once and shared by every pair.
+std::filesystem::path input_file(const Format& f, uint32_t w) {
+    static std::map<std::pair<std::string, uint32_t>, std::filesystem::path> files;
+    const auto key = std::make_pair(std::string(f.name), w);
+    if (auto it = files.find(key); it != files.end()) return it->second;
+    std::vector<uint8_t> bytes;
+    for (int n = 0; n < kFrames; ++n) {
+        const std::vector<uint8_t> frame = write_frame(f, make_picture(w, kHeight, n));
+        if (frame.size() != frame_bytes(f, w, kHeight)) return {};
+        bytes.insert(bytes.end(), frame.begin(), frame.end());
+    }
+    const std::filesystem::path path =
+        g_dir / (std::string(f.name) + "-" + std::to_string(w) + ".in");
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()),
+               static_cast<std::streamsize>(bytes.size()));
+    files[key] = path;
+    return path;
+}
+
+struct Pair {
+    const Format* from;
+    const Format* to;
+};
+
+std::vector<Pair> all_pairs() {
+    std::vector<Pair> pairs;
+    for (const Format& from : kFormats) {
+        for (const Format& to : kFormats) pairs.push_back({&from, &to});
+    }
+    return pairs;
+}
+
+void PrintTo(const Pair& pair, std::ostream* os) {
+    *os << pair.from->name << " to " << pair.to->name;
+}
+
+std::string pair_name(const testing::TestParamInfo<Pair>& info) {
+    return std::string(info.param.from->name) + "_to_" + info.param.to->name;
+}
+
+// Converts the picture's file of the pair's source format at a width with the
+// command, at a level ("" for the one the command chooses by itself, the best),
+// and checks every sample of every frame FFmpeg reads from the output.
+void check_conversion(const Pair& pair, uint32_t w, const std::string& level) {
+    const Format& from = *pair.from;
+    const Format& to = *pair.to;
+    const std::string size = std::to_string(w) + "x" + std::to_string(kHeight);
+    SCOPED_TRACE(std::string(from.name) + " to " + to.name + " " + size + " level " +
+                 (level.empty() ? "best" : level));
+    const std::filesystem::path in = input_file(from, w);
+    ASSERT_FALSE(in.empty()) << "FFmpeg did not write the input frames";
+    const std::filesystem::path out = g_dir / "out.raw";
+    std::vector<std::string> args = {"convert",   "--from", from.name,   "--to",
+                                     to.name,     "--size", size,        "--in",
+                                     in.string(), "--out",  out.string()};
+    if (!level.empty()) args.insert(args.end(), {"--level", level});
+    ASSERT_EQ(run_tool(args), "");
+    const std::vector<uint8_t> output = read_file(out);
+    const size_t frame = frame_bytes(to, w, kHeight);
+    ASSERT_EQ(output.size(), kFrames * frame);
+    for (int n = 0; n < kFrames; ++n) {
+        const Decoded d = read_frame(to, output.data() + n * frame, frame, w, kHeight);
+        EXPECT_EQ(compare(to, d, make_picture(w, kHeight, n)), "") << "frame " << n;
+    }
+}
+
+// The widths of common pictures and of part pixel groups (1276 and 1280 end
+// in part v210 groups and part 12-pixel steps), at level 0 (the plain paths),
+// 4 and 6 (with the built-in image-library paths) and the best level.
+class StandardFrames : public testing::TestWithParam<Pair> {};
+
+TEST_P(StandardFrames, HoldThePicture) {
+    for (const uint32_t w : kWidths) {
+        for (const char* level : {"0", "4", "6", ""}) check_conversion(GetParam(), w, level);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryPair, StandardFrames, testing::ValuesIn(all_pairs()), pair_name);
+
+// Every even width up to two 48-pixel blocks: each way a row can end inside
+// the converters' pixel groups and wide steps, at level 0 and the best level.
+class EveryRowEnd : public testing::TestWithParam<Pair> {};
+
+TEST_P(EveryRowEnd, HoldsThePicture) {
+    for (uint32_t w = 2; w <= 96; w += 2) {
+        for (const char* level : {"0", ""}) check_conversion(GetParam(), w, level);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryPair, EveryRowEnd, testing::ValuesIn(all_pairs()), pair_name);
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    testing::InitGoogleTest(&argc, argv);
+    if (argc < 2) {
+        std::fprintf(stderr, "usage: %s PATH_TO_CYCBCR [gtest arguments]\n", argv[0]);
+        return 2;
+    }
+    g_tool = std::filesystem::absolute(argv[1]).string();
+    av_log_set_level(AV_LOG_QUIET);
+    std::string pattern =
+        (std::filesystem::temp_directory_path() / "cycbcr-frames-XXXXXX").string();
+    const char* dir = mkdtemp(pattern.data());
+    if (dir == nullptr) {
+        std::perror("mkdtemp");
+        return 2;
+    }
+    g_dir = dir;
+    const int result = RUN_ALL_TESTS();
+    std::filesystem::remove_all(g_dir);
+    return result;
+}
