@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Times every pair converter of two libcycbcr builds at level 5, alternately,
-# and prints the median GB/s of each with the ratio new / old.
+# Times every pair converter (and its _avx2 and _opt forms) of two libcycbcr
+# builds at level 5, alternately, and prints the median GB/s of each with the
+# ratio new / old. CONVERTERS (an extended regular expression) narrows the set.
 #     tests/regress/compare_times.sh CONVERTER_TIMES OLD.so NEW.so [runs]
 set -euo pipefail
 tool=$1
@@ -10,7 +11,7 @@ runs=${4:-5}
 names=$(mktemp)
 out=$(mktemp -d)
 trap 'rm -rf "$names" "$out"' EXIT
-nm -D --defined-only "$new" | awk '{print $3}' >"$names"
+nm -D --defined-only "$new" | awk '{print $3}' | grep -E "${CONVERTERS:-.}" >"$names"
 for i in $(seq "$runs"); do
     "$tool" "$old" 3 <"$names" >"$out/old.$i"
     "$tool" "$new" 3 <"$names" >"$out/new.$i"

@@ -1,4 +1,5 @@
-// Times every converter of a pair of YCbCr formats in a libcycbcr build at
+// Times every converter of a pair of YCbCr formats in a libcycbcr build, and
+// its exported forms, at
 // level 5 on 1920x1080 and 3840x2160 frames at their natural pitches, so that
 // two builds can be compared converter by converter, including the converters
 // the benchmarks do not time. Prints "name size GB/s" (bytes of the source
@@ -43,10 +44,12 @@ size_t frame_of(int kind, unsigned w, unsigned h) {
     return p * h;
 }
 
+// A pair's converter, or one of its _avx2 and _opt forms.
 bool parse(const std::string& name, const Format*& from, const Format*& to) {
     for (const auto& f : kFormats)
         for (const auto& t : kFormats)
-            if (name == std::string("cycbcr_") + f.name + "_to_" + t.name) {
+            if (const std::string pair = std::string("cycbcr_") + f.name + "_to_" + t.name;
+                name == pair || name == pair + "_avx2" || name == pair + "_opt") {
                 from = &f;
                 to = &t;
                 return true;
