@@ -8,23 +8,16 @@
 namespace cycbcr {
 namespace {
 
-constexpr size_t kFormats = static_cast<size_t>(Format::RGBPlanar) + 1;
-
-struct ExtentTable {
-    ExtentOf fn[kFormats][kFormats] = {};
-};
-constexpr ExtentTable make_extents() {
-    ExtentTable t;
-    auto set = [&t](Format from, Format to, ExtentOf fn) {
-        t.fn[static_cast<size_t>(from)][static_cast<size_t>(to)] = fn;
-    };
+// The family that answers for each pair, from the families' lists.
+constexpr FormatPairs<ExtentOf> make_extents() {
+    FormatPairs<ExtentOf> t;
 #define CYCBCR_BYTE_ORDER_ROW(name, form, from, to, ...) \
-    set(Format::from, Format::to, byte_order_extent);
+    t(Format::from, Format::to) = byte_order_extent;
 #define CYCBCR_PACKED_PLANAR_ROW(name, form, from, to, ...) \
-    set(Format::from, Format::to, packed_planar_extent);
+    t(Format::from, Format::to) = packed_planar_extent;
 #define CYCBCR_PLANAR_COPY_ROW(name, form, from, to, ...) \
-    set(Format::from, Format::to, planar_copy_extent);
-#define CYCBCR_V210_ROW(name, form, from, to, ...) set(Format::from, Format::to, v210_extent);
+    t(Format::from, Format::to) = planar_copy_extent;
+#define CYCBCR_V210_ROW(name, form, from, to, ...) t(Format::from, Format::to) = v210_extent;
     CYCBCR_BYTE_ORDER_PAIRS(CYCBCR_BYTE_ORDER_ROW)
     CYCBCR_PACKED_PLANAR_PAIRS(CYCBCR_PACKED_PLANAR_ROW)
     CYCBCR_PLANAR_COPY_PAIRS(CYCBCR_PLANAR_COPY_ROW)
@@ -35,7 +28,7 @@ constexpr ExtentTable make_extents() {
 #undef CYCBCR_V210_ROW
     return t;
 }
-constexpr ExtentTable kExtents = make_extents();
+constexpr FormatPairs<ExtentOf> kExtents = make_extents();
 
 }  // namespace
 }  // namespace cycbcr
@@ -48,8 +41,7 @@ extern "C" CYCBCR_API unsigned int cycbcr_buffer_sizes(unsigned int dstFourCC,
     using cycbcr::Format;
     const Format from = cycbcr::canonical_format(srcFourCC);
     const Format to = cycbcr::destination_format(dstFourCC);
-    const cycbcr::ExtentOf fn =
-        cycbcr::kExtents.fn[static_cast<size_t>(from)][static_cast<size_t>(to)];
+    const cycbcr::ExtentOf fn = cycbcr::kExtents(from, to);
     const cycbcr::Extent e =
         fn ? fn(from, to, {width, height, dstPitch, srcPitch}) : cycbcr::Extent{};
     if (dstBytes) *dstBytes = e.dst;

@@ -7,26 +7,20 @@
 namespace cycbcr {
 namespace {
 
-constexpr size_t kFormats = static_cast<size_t>(Format::RGBPlanar) + 1;
-
 // The converter of each pair of formats, from the families' lists.
-struct PairTable {
-    cycbcr_converter fn[kFormats][kFormats] = {};
-};
-constexpr PairTable make_pairs() {
-    PairTable t;
-#define CYCBCR_PAIR_ROW(name, form, from, to, ...) \
-    t.fn[static_cast<size_t>(Format::from)][static_cast<size_t>(Format::to)] = name;
+constexpr FormatPairs<cycbcr_converter> make_pairs() {
+    FormatPairs<cycbcr_converter> t;
+#define CYCBCR_PAIR_ROW(name, form, from, to, ...) t(Format::from, Format::to) = name;
     CYCBCR_PAIR_CONVERTERS(CYCBCR_PAIR_ROW)
 #undef CYCBCR_PAIR_ROW
     return t;
 }
-constexpr PairTable kPairs = make_pairs();
+constexpr FormatPairs<cycbcr_converter> kPairs = make_pairs();
 
 }  // namespace
 
 cycbcr_converter pair_converter(Format from, Format to) {
-    return kPairs.fn[static_cast<size_t>(from)][static_cast<size_t>(to)];
+    return kPairs(from, to);
 }
 
 }  // namespace cycbcr

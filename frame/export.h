@@ -30,9 +30,18 @@
 // define their functions from it, and the dispatcher, the buffer-size query,
 // the tests and the benchmarks read the same rows (frame/converters.h).
 //
-// A file defines its bodies by defining CYCBCR_BODY(name, form, from, to) and
-// expanding its list with CYCBCR_DEFINE.
+// A file defines its rows by naming its family's entry template, which takes
+// <Format from, Format to, form>, and expanding its list with CYCBCR_DEFINE:
+//     #define CYCBCR_ENTRY cycbcr::byte_order
+//     CYCBCR_BYTE_ORDER_PAIRS(CYCBCR_DEFINE)
+//     #undef CYCBCR_ENTRY
+// Each BODY row becomes an exported function returning its entry's result,
+// each ALIAS row a second name of its target.
 #define CYCBCR_DEFINE(name, form, from, to, kind, ...) \
     CYCBCR_DEFINE_##kind(name, form, from, to, __VA_ARGS__)
-#define CYCBCR_DEFINE_BODY(name, form, from, to, ...) CYCBCR_BODY(name, form, from, to)
+#define CYCBCR_DEFINE_BODY(name, form, from, to, ...)                        \
+    CYCBCR_API unsigned int name(CYCBCR_CONVERTER_ARGS) {                    \
+        return CYCBCR_ENTRY<cycbcr::Format::from, cycbcr::Format::to, form>( \
+            CYCBCR_CONVERTER_CALL);                                          \
+    }
 #define CYCBCR_DEFINE_ALIAS(name, form, from, to, target) CYCBCR_CONVERTER_ALIAS(name, target)

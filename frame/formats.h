@@ -50,6 +50,20 @@ enum class Format : uint8_t {
     RGBPlanar,
 };
 
+inline constexpr size_t kFormatCount = static_cast<size_t>(Format::RGBPlanar) + 1;
+
+// A value for each pair of formats, looked up by (from, to).
+template <class T>
+struct FormatPairs {
+    T at[kFormatCount][kFormatCount] = {};
+    constexpr T& operator()(Format from, Format to) {
+        return at[static_cast<size_t>(from)][static_cast<size_t>(to)];
+    }
+    constexpr const T& operator()(Format from, Format to) const {
+        return at[static_cast<size_t>(from)][static_cast<size_t>(to)];
+    }
+};
+
 // How a format's samples are arranged.
 enum class Arrangement : uint8_t { None, Packed422, Planar, SemiPlanar, V210, Rgb };
 
@@ -110,8 +124,7 @@ constexpr FormatInfo kFormatInfo[] = {
     {Arrangement::Rgb,        8, 1, 0, 0, false, false, {},        "RGBPlanar", kNoFourCC},
 };
 // clang-format on
-static_assert(sizeof kFormatInfo / sizeof kFormatInfo[0] == size_t(Format::RGBPlanar) + 1,
-              "one row per format");
+static_assert(sizeof kFormatInfo / sizeof kFormatInfo[0] == kFormatCount, "one row per format");
 
 CYCBCR_INLINE constexpr const FormatInfo& info(Format f) {
     return kFormatInfo[static_cast<size_t>(f)];

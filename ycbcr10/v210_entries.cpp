@@ -158,12 +158,8 @@ CYCBCR_API unsigned int cycbcr_012v_to_planar422_16(void* y, void* cb, void* cr,
     return Fromv210_16(y, cb, cr, src, width, height, dstPitch, srcPitch, 1, 1);
 }
 
-#define CYCBCR_BODY(name, form, from, to)                                          \
-    CYCBCR_API unsigned int name(CYCBCR_CONVERTER_ARGS) {                          \
-        return cycbcr::v210_entry<cycbcr::Format::from, cycbcr::Format::to, form>( \
-            CYCBCR_CONVERTER_CALL);                                                \
-    }
+#define CYCBCR_ENTRY cycbcr::v210_entry
 CYCBCR_V210_PAIRS(CYCBCR_DEFINE)
-#undef CYCBCR_BODY
+#undef CYCBCR_ENTRY
 
 }  // extern "C"

@@ -304,7 +304,7 @@ unsigned int pack_v210_u8_rows_avx2(uint8_t* dst, const uint8_t* y, const uint8_
 namespace {
 
 // The AVX2 forms by their pair of formats.
-template <Format From, Format To>
+template <Format From, Format To, auto>
 unsigned int pack(CYCBCR_CONVERTER_ARGS) {
     if constexpr (is_packed422(From)) {
         return packed_to_v210(From, CYCBCR_CONVERTER_CALL);
@@ -323,12 +323,8 @@ unsigned int pack(CYCBCR_CONVERTER_ARGS) {
 
 extern "C" {
 
-#define CYCBCR_BODY(name, form, from, to)                                    \
-    CYCBCR_API unsigned int name(CYCBCR_CONVERTER_ARGS) {                    \
-        return cycbcr::avx2::pack<cycbcr::Format::from, cycbcr::Format::to>( \
-            CYCBCR_CONVERTER_CALL);                                          \
-    }
+#define CYCBCR_ENTRY cycbcr::avx2::pack
 CYCBCR_V210_PACK_AVX2_FORMS(CYCBCR_DEFINE)
-#undef CYCBCR_BODY
+#undef CYCBCR_ENTRY
 
 }  // extern "C"

@@ -232,7 +232,7 @@ unsigned int v210_to_planar420_8_avx2(uint8_t* dst, const uint8_t* src, uint32_t
 namespace {
 
 // The AVX2 forms by their pair of formats.
-template <Format From, Format To>
+template <Format From, Format To, auto>
 unsigned int unpack(CYCBCR_CONVERTER_ARGS) {
     if constexpr (is_packed422(To)) {
         return v210_to_packed(To, CYCBCR_CONVERTER_CALL);
@@ -315,11 +315,8 @@ CYCBCR_API unsigned int cycbcr_012v_to_planar422_16_avx2(void* y, void* cb, void
     return cycbcr_v210to_planar16_avx2(y, cb, cr, src, width, height, dstPitch, srcPitch);
 }
 
-#define CYCBCR_BODY(name, form, from, to)                                     \
-    CYCBCR_API unsigned int name(CYCBCR_CONVERTER_ARGS) {                     \
-        return avx2::unpack<Format::from, Format::to>(CYCBCR_CONVERTER_CALL); \
-    }
+#define CYCBCR_ENTRY cycbcr::avx2::unpack
 CYCBCR_V210_UNPACK_AVX2_FORMS(CYCBCR_DEFINE)
-#undef CYCBCR_BODY
+#undef CYCBCR_ENTRY
 
 }  // extern "C"

@@ -126,7 +126,7 @@ unsigned int v210_to_uyvy_frame(CYCBCR_CONVERTER_ARGS) {
 }
 
 // The plain forms by their pair of formats.
-template <Format From, Format To>
+template <Format From, Format To, auto>
 unsigned int uyvy_pair(CYCBCR_CONVERTER_ARGS) {
     entry(OnEntry::ChooseLevel);
     if constexpr (To == Format::V210)
@@ -140,11 +140,8 @@ unsigned int uyvy_pair(CYCBCR_CONVERTER_ARGS) {
 
 extern "C" {
 
-#define CYCBCR_BODY(name, form, from, to)                                                          \
-    CYCBCR_API unsigned int name(CYCBCR_CONVERTER_ARGS) {                                          \
-        return cycbcr::uyvy_pair<cycbcr::Format::from, cycbcr::Format::to>(CYCBCR_CONVERTER_CALL); \
-    }
+#define CYCBCR_ENTRY cycbcr::uyvy_pair
 CYCBCR_V210_PLAIN_FORMS(CYCBCR_DEFINE)
-#undef CYCBCR_BODY
+#undef CYCBCR_ENTRY
 
 }  // extern "C"

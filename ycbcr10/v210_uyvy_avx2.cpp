@@ -140,7 +140,7 @@ void uyvy_groups_to_v210(uint8_t* dst, const uint8_t* src, uint32_t groups) {
 
 namespace {
 
-template <Format From, Format To>
+template <Format From, Format To, auto>
 unsigned int uyvy_pair(CYCBCR_CONVERTER_ARGS) {
     if constexpr (To == Format::V210) {
         // The same frame walk, pitch rule and result as the plain form; only the
@@ -163,12 +163,8 @@ unsigned int uyvy_pair(CYCBCR_CONVERTER_ARGS) {
 
 extern "C" {
 
-#define CYCBCR_BODY(name, form, from, to)                                         \
-    CYCBCR_API unsigned int name(CYCBCR_CONVERTER_ARGS) {                         \
-        return cycbcr::avx2::uyvy_pair<cycbcr::Format::from, cycbcr::Format::to>( \
-            CYCBCR_CONVERTER_CALL);                                               \
-    }
+#define CYCBCR_ENTRY cycbcr::avx2::uyvy_pair
 CYCBCR_V210_UYVY_AVX2_FORMS(CYCBCR_DEFINE)
-#undef CYCBCR_BODY
+#undef CYCBCR_ENTRY
 
 }  // extern "C"

@@ -179,12 +179,8 @@ CYCBCR_API void cycbcr_invert(uint8_t* buf, unsigned int pitch, unsigned int hei
     }
 }
 
-#define CYCBCR_BODY(name, form, from, to)                                          \
-    CYCBCR_API unsigned int name(CYCBCR_CONVERTER_ARGS) {                          \
-        return cycbcr::byte_order<cycbcr::Format::from, cycbcr::Format::to, form>( \
-            CYCBCR_CONVERTER_CALL);                                                \
-    }
+#define CYCBCR_ENTRY cycbcr::byte_order
 CYCBCR_BYTE_ORDER_PAIRS(CYCBCR_DEFINE)
-#undef CYCBCR_BODY
+#undef CYCBCR_ENTRY
 
 }  // extern "C"

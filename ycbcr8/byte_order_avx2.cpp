@@ -142,7 +142,7 @@ unsigned int swap_and_flip(CYCBCR_CONVERTER_ARGS) {
 }
 
 // The AVX2 forms by their pair of formats.
-template <Format From, Format To>
+template <Format From, Format To, auto>
 unsigned int byte_order(CYCBCR_CONVERTER_ARGS) {
     if constexpr (To == Format::CYUV) {
         return swap_and_flip(CYCBCR_CONVERTER_CALL);
@@ -174,12 +174,8 @@ ByteRow rotate_pairs_row(int by) {
 
 extern "C" {
 
-#define CYCBCR_BODY(name, form, from, to)                                          \
-    CYCBCR_API unsigned int name(CYCBCR_CONVERTER_ARGS) {                          \
-        return cycbcr::avx2::byte_order<cycbcr::Format::from, cycbcr::Format::to>( \
-            CYCBCR_CONVERTER_CALL);                                                \
-    }
+#define CYCBCR_ENTRY cycbcr::avx2::byte_order
 CYCBCR_BYTE_ORDER_AVX2_FORMS(CYCBCR_DEFINE)
-#undef CYCBCR_BODY
+#undef CYCBCR_ENTRY
 
 }  // extern "C"

@@ -367,11 +367,8 @@ CYCBCR_API unsigned int cycbcr_toplanar_fieldinvert(const uint8_t* srcY, const u
 }
 
 // The wrappers: plane and pair positions, then the engine (or the AVX2 form).
-#define CYCBCR_BODY(name, form, from, to)                                            \
-    CYCBCR_API unsigned int name(CYCBCR_CONVERTER_ARGS) {                            \
-        return packed_planar<Format::from, Format::to, form>(CYCBCR_CONVERTER_CALL); \
-    }
+#define CYCBCR_ENTRY cycbcr::packed_planar
 CYCBCR_PACKED_PLANAR_PAIRS(CYCBCR_DEFINE)
-#undef CYCBCR_BODY
+#undef CYCBCR_ENTRY
 
 }  // extern "C"

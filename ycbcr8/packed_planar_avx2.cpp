@@ -7,7 +7,7 @@
 namespace cycbcr::avx2 {
 namespace {
 
-template <Format From, Format To>
+template <Format From, Format To, auto>
 unsigned int packed_planar(CYCBCR_CONVERTER_ARGS) {
     if constexpr (is_packed422(From)) {
         const ToPlanarFrame f{packed_samples(From, const_cast<uint8_t*>(src)),
@@ -43,12 +43,8 @@ unsigned int packed_planar(CYCBCR_CONVERTER_ARGS) {
 
 extern "C" {
 
-#define CYCBCR_BODY(name, form, from, to)                                             \
-    CYCBCR_API unsigned int name(CYCBCR_CONVERTER_ARGS) {                             \
-        return cycbcr::avx2::packed_planar<cycbcr::Format::from, cycbcr::Format::to>( \
-            CYCBCR_CONVERTER_CALL);                                                   \
-    }
+#define CYCBCR_ENTRY cycbcr::avx2::packed_planar
 CYCBCR_PACKED_PLANAR_AVX2_FORMS(CYCBCR_DEFINE)
-#undef CYCBCR_BODY
+#undef CYCBCR_ENTRY
 
 }  // extern "C"

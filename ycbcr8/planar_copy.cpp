@@ -62,7 +62,7 @@ std::pair<uint8_t*, uint8_t*> engine_order(Format f, uint8_t* base, uint32_t pit
     return full_height_chroma(f) ? std::pair{p.cb, p.cr} : std::pair{p.cr, p.cb};
 }
 
-template <Format From, Format To>
+template <Format From, Format To, auto>
 unsigned int planar_copy(CYCBCR_CONVERTER_ARGS) {
     entry(OnEntry::ChooseLevel);
     auto* s = const_cast<uint8_t*>(src);
@@ -153,12 +153,8 @@ CYCBCR_API unsigned int cycbcr_planar_422_420(uint8_t* dY, uint8_t* dA, uint8_t*
                                         dst422 != 0, src422 != 0, cycbcr::plain::copy_row);
 }
 
-#define CYCBCR_BODY(name, form, from, to)                                     \
-    CYCBCR_API unsigned int name(CYCBCR_CONVERTER_ARGS) {                     \
-        return cycbcr::planar_copy<cycbcr::Format::from, cycbcr::Format::to>( \
-            CYCBCR_CONVERTER_CALL);                                           \
-    }
+#define CYCBCR_ENTRY cycbcr::planar_copy
 CYCBCR_PLANAR_COPY_PAIRS(CYCBCR_DEFINE)
-#undef CYCBCR_BODY
+#undef CYCBCR_ENTRY
 
 }  // extern "C"
