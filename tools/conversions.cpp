@@ -209,29 +209,29 @@ FrameConverter::FrameConverter(const FormatCode& from, const FormatCode& to, uin
                                            : reach(call.dst_code, call.src_code, width, height,
                                                    step.dst_pitch, step.src_pitch);
 
-        if (step.padded_src) {
-            step.src_padded = frame_planes(src, width, height, step.src_pitch);
-            const uint64_t padded = frame_extent(step.src_padded);
-            if (used.src > padded) {
-                throw ToolError("the library reads " + code_text(call.src_code) +
+        // Padded rows in a working buffer of their own, which must hold all the
+        // call reaches.
+        const auto pad = [&](Format format, uint32_t code, uint32_t pitch, uint64_t reached,
+                             const char* verb, std::vector<PlaneRows>& planes,
+                             std::vector<uint8_t>& work) {
+            planes = frame_planes(format, width, height, pitch);
+            const uint64_t padded = frame_extent(planes);
+            if (reached > padded) {
+                throw ToolError(std::string("the library ") + verb + " " + code_text(code) +
                                 " rows further than padded rows of width " + std::to_string(width) +
                                 " hold");
             }
-            step.src_work = zeroed_buffer(padded);
-        } else {
+            work = zeroed_buffer(padded);
+        };
+        if (step.padded_src)
+            pad(src, call.src_code, step.src_pitch, used.src, "reads", step.src_padded,
+                step.src_work);
+        else
             least_bytes.back() = std::max(least_bytes.back(), used.src);
-        }
         const uint64_t dst_bytes = std::max(dst_frame, step.padded_dst ? 0 : used.dst);
-        if (step.padded_dst) {
-            step.dst_padded = frame_planes(dst, width, height, step.dst_pitch);
-            const uint64_t padded = frame_extent(step.dst_padded);
-            if (used.dst > padded) {
-                throw ToolError("the library writes " + code_text(call.dst_code) +
-                                " rows further than padded rows of width " + std::to_string(width) +
-                                " hold");
-            }
-            step.dst_work = zeroed_buffer(padded);
-        }
+        if (step.padded_dst)
+            pad(dst, call.dst_code, step.dst_pitch, used.dst, "writes", step.dst_padded,
+                step.dst_work);
         least_bytes.push_back(dst_bytes);
         steps_.push_back(std::move(step));
     }

@@ -109,29 +109,11 @@ CYCBCR_SHAPES(CYCBCR_INSTANTIATE)
 #undef CYCBCR_SHAPES
 
 SplitRow split_kernel(Format shape) {
-    switch (shape) {
-        case Format::UYVY:
-            return split_row<Format::UYVY>;
-        case Format::YUY2:
-            return split_row<Format::YUY2>;
-        case Format::YVYU:
-            return split_row<Format::YVYU>;
-        default:
-            return split_row<Format::Unknown>;
-    }
+    return with_shape(shape, []<Format S>() -> SplitRow { return split_row<S>; });
 }
 
 MergeRow merge_kernel(Format shape) {
-    switch (shape) {
-        case Format::UYVY:
-            return merge_row<Format::UYVY>;
-        case Format::YUY2:
-            return merge_row<Format::YUY2>;
-        case Format::YVYU:
-            return merge_row<Format::YVYU>;
-        default:
-            return merge_row<Format::Unknown>;
-    }
+    return with_shape(shape, []<Format S>() -> MergeRow { return merge_row<S>; });
 }
 
 }  // namespace cycbcr::plain

@@ -22,6 +22,22 @@ using SplitRow = void (*)(const uint8_t* sy, const uint8_t* scb, const uint8_t* 
 using MergeRow = void (*)(uint8_t* dy, uint8_t* dcb, uint8_t* dcr, const uint8_t* y,
                           const uint8_t* cb, const uint8_t* cr, size_t pairs);
 
+// Calls body.template operator()<S>() with the shape as a constant: UYVY, YUY2
+// or YVYU, and Unknown for any other placement of the three samples.
+template <class Body>
+CYCBCR_INLINE auto with_shape(Format shape, Body&& body) {
+    switch (shape) {
+        case Format::UYVY:
+            return body.template operator()<Format::UYVY>();
+        case Format::YUY2:
+            return body.template operator()<Format::YUY2>();
+        case Format::YVYU:
+            return body.template operator()<Format::YVYU>();
+        default:
+            return body.template operator()<Format::Unknown>();
+    }
+}
+
 namespace plain {
 // Kernels for a shape: UYVY, YUY2 and YVYU pairs, or Unknown for any other
 // placement of the three samples (a byte at a time).

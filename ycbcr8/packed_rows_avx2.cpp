@@ -134,30 +134,23 @@ void merge_row(uint8_t* dy, uint8_t* dcb, uint8_t* dcr, const uint8_t* y, const 
 
 }  // namespace
 
+// Shapes the vector kernels do not know take the plain byte-by-byte kernel.
 SplitRow split_kernel(Format shape, bool pairwise) {
-    switch (shape) {
-        case Format::UYVY:
-            return pairwise ? split_pairwise<Format::UYVY> : split_two_pass<Format::UYVY>;
-        case Format::YUY2:
-            return pairwise ? split_pairwise<Format::YUY2> : split_two_pass<Format::YUY2>;
-        case Format::YVYU:
-            return pairwise ? split_pairwise<Format::YVYU> : split_two_pass<Format::YVYU>;
-        default:
-            return plain::split_kernel(Format::Unknown);
-    }
+    return with_shape(shape, [pairwise]<Format S>() -> SplitRow {
+        if constexpr (S == Format::Unknown)
+            return plain::split_row<S>;
+        else
+            return pairwise ? split_pairwise<S> : split_two_pass<S>;
+    });
 }
 
 MergeRow merge_kernel(Format shape) {
-    switch (shape) {
-        case Format::UYVY:
-            return merge_row<Format::UYVY>;
-        case Format::YUY2:
-            return merge_row<Format::YUY2>;
-        case Format::YVYU:
-            return merge_row<Format::YVYU>;
-        default:
-            return plain::merge_kernel(Format::Unknown);
-    }
+    return with_shape(shape, []<Format S>() -> MergeRow {
+        if constexpr (S == Format::Unknown)
+            return plain::merge_row<S>;
+        else
+            return merge_row<S>;
+    });
 }
 
 }  // namespace cycbcr::avx2
