@@ -21,10 +21,11 @@
 #include <iterator>
 #include <map>
 #include <ostream>
-#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "support/ffmpeg_v210.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -55,13 +56,8 @@ uint16_t studio(uint32_t n) {
     return static_cast<uint16_t>(4 * (16 + n % 220));
 }
 
-struct Picture {
-    uint32_t w = 0, h = 0;
-    std::vector<uint16_t> y, cb, cr;  // chroma planes w / 2 wide, h high
-    uint16_t Y(uint32_t r, uint32_t x) const { return y[size_t{r} * w + x]; }
-    uint16_t Cb(uint32_t r, uint32_t k) const { return cb[size_t{r} * (w / 2) + k]; }
-    uint16_t Cr(uint32_t r, uint32_t k) const { return cr[size_t{r} * (w / 2) + k]; }
-};
+// The picture's planes, as the v210 oracle takes them: chroma w / 2 wide, h high.
+using Picture = cycbcr_test::Frame422;
 
 Picture make_picture(uint32_t w, uint32_t h, int frame) {
     Picture p{w, h, {}, {}, {}};
@@ -141,55 +137,9 @@ uint32_t picture_row_of_chroma(const Format& f, uint32_t row) {
     return f.kind == Kind::Planar420 ? 2 * row : row;
 }
 
-namespace av {
-struct Deleter {
-    void operator()(AVCodecContext* c) const { avcodec_free_context(&c); }
-    void operator()(AVFrame* f) const { av_frame_free(&f); }
-    void operator()(AVPacket* p) const { av_packet_free(&p); }
-};
-template <class T>
-using Ptr = std::unique_ptr<T, Deleter>;
-
-Ptr<AVCodecContext> open_v210(bool encoder, uint32_t w, uint32_t h) {
-    const AVCodec* codec =
-        encoder ? avcodec_find_encoder(AV_CODEC_ID_V210) : avcodec_find_decoder(AV_CODEC_ID_V210);
-    if (codec == nullptr) return nullptr;
-    Ptr<AVCodecContext> ctx(avcodec_alloc_context3(codec));
-    ctx->width = static_cast<int>(w);
-    ctx->height = static_cast<int>(h);
-    ctx->pix_fmt = AV_PIX_FMT_YUV422P10;
-    ctx->time_base = {1, 25};
-    ctx->thread_count = 1;
-    if (avcodec_open2(ctx.get(), codec, nullptr) != 0) return nullptr;
-    return ctx;
-}
-}  // namespace av
-
 // One frame of the picture in the format, written by FFmpeg.
 std::vector<uint8_t> write_frame(const Format& f, const Picture& p) {
-    if (f.kind == Kind::V210) {
-        auto ctx = av::open_v210(true, p.w, p.h);
-        av::Ptr<AVFrame> frame(av_frame_alloc());
-        av::Ptr<AVPacket> pkt(av_packet_alloc());
-        frame->format = AV_PIX_FMT_YUV422P10;
-        frame->width = static_cast<int>(p.w);
-        frame->height = static_cast<int>(p.h);
-        if (!ctx || av_frame_get_buffer(frame.get(), 0) != 0) return {};
-        for (uint32_t r = 0; r < p.h; ++r) {
-            auto* y = reinterpret_cast<uint16_t*>(frame->data[0] + r * frame->linesize[0]);
-            auto* cb = reinterpret_cast<uint16_t*>(frame->data[1] + r * frame->linesize[1]);
-            auto* cr = reinterpret_cast<uint16_t*>(frame->data[2] + r * frame->linesize[2]);
-            for (uint32_t x = 0; x < p.w; ++x) y[x] = p.Y(r, x);
-            for (uint32_t k = 0; k < p.w / 2; ++k) {
-                cb[k] = p.Cb(r, k);
-                cr[k] = p.Cr(r, k);
-            }
-        }
-        if (avcodec_send_frame(ctx.get(), frame.get()) != 0 ||
-            avcodec_receive_packet(ctx.get(), pkt.get()) != 0)
-            return {};
-        return {pkt->data, pkt->data + pkt->size};
-    }
+    if (f.kind == Kind::V210) return cycbcr_test::ffmpeg_v210_encode(p);
     // av_write_image_line2 merges bits into the bytes it writes: start from 0.
     std::vector<uint8_t> out(frame_bytes(f, p.w, p.h), 0);
     ImageView v = image_view(f, out.data(), p.w, p.h);
@@ -222,22 +172,14 @@ struct Decoded {
 Decoded read_frame(const Format& f, const uint8_t* data, size_t bytes, uint32_t w, uint32_t h) {
     Decoded d;
     if (f.kind == Kind::V210) {
-        auto ctx = av::open_v210(false, w, h);
-        av::Ptr<AVFrame> frame(av_frame_alloc());
-        av::Ptr<AVPacket> pkt(av_packet_alloc());
-        if (!ctx || av_new_packet(pkt.get(), static_cast<int>(bytes)) != 0) return d;
-        std::memcpy(pkt->data, data, bytes);
-        if (avcodec_send_packet(ctx.get(), pkt.get()) != 0 ||
-            avcodec_receive_frame(ctx.get(), frame.get()) != 0 ||
-            frame->format != AV_PIX_FMT_YUV422P10)
-            return d;
-        for (int c = 0; c < 3; ++c) {
-            const uint32_t n = c == 0 ? w : w / 2;
-            for (uint32_t r = 0; r < h; ++r) {
-                const auto* row =
-                    reinterpret_cast<const uint16_t*>(frame->data[c] + r * frame->linesize[c]);
-                d.rows[c].emplace_back(row, row + n);
-            }
+        const Picture read = cycbcr_test::ffmpeg_v210_decode({data, data + bytes}, w, h);
+        if (read.y.empty()) return d;
+        for (uint32_t r = 0; r < h; ++r) {
+            d.rows[0].emplace_back(&read.y[size_t{r} * w], &read.y[size_t{r} * w] + w);
+            d.rows[1].emplace_back(&read.cb[size_t{r} * (w / 2)],
+                                   &read.cb[size_t{r} * (w / 2)] + w / 2);
+            d.rows[2].emplace_back(&read.cr[size_t{r} * (w / 2)],
+                                   &read.cr[size_t{r} * (w / 2)] + w / 2);
         }
         return d;
     }
