@@ -7,7 +7,7 @@
 //
 //     converter_times libcycbcr.so [rounds] < names   (names from nm -D)
 //
-// Run it alternately on two builds (tests/regress/compare_times.sh does) so
+// Run it alternately on two builds (bench/compare/compare_times.sh does) so
 // that both see the same state of the machine.
 #include <dlfcn.h>
 

@@ -2,7 +2,7 @@
 # Times every pair converter (and its _avx2 and _opt forms) of two libcycbcr
 # builds at level 5, alternately, and prints the median GB/s of each with the
 # ratio new / old. CONVERTERS (an extended regular expression) narrows the set.
-#     tests/regress/compare_times.sh CONVERTER_TIMES OLD.so NEW.so [runs]
+#     bench/compare/compare_times.sh CONVERTER_TIMES OLD.so NEW.so [runs]
 set -euo pipefail
 tool=$1
 old=$2
