@@ -38,13 +38,11 @@ CYCBCR_INLINE Format packed_shape(const void* y, const void* cb, const void* cr)
     return Format::Unknown;
 }
 
-// Where the planes of a planar frame in one buffer begin, by the side it is on.
-// The chroma planes start at span * height bytes, the second a quarter (4:2:0) or
-// half (4:2:2) of that after the first, in 32-bit arithmetic with shifts for
-// the quarter and half. The span is the pitch, except for a planar source of a
-// conversion to packed 4:2:2, where it is the width whatever the pitch.
-enum class PlaneSpan : uint8_t { Pitch, Width };
-
+// Where the planes of a planar frame in one buffer begin. The chroma planes
+// start at span * height bytes, the second a quarter (4:2:0) or half (4:2:2) of
+// that after the first, in 32-bit arithmetic with shifts for the quarter and
+// half. The span is the pitch, except for a planar source of a conversion to
+// packed 4:2:2, where it is the width whatever the pitch.
 struct PlaneOffsets {
     uint64_t cb, cr;  // the Y plane is at 0
 };
@@ -58,10 +56,6 @@ CYCBCR_INLINE constexpr Planes planar_planes(Format f, uint8_t* base, uint32_t s
                                              uint32_t height) {
     const PlaneOffsets o = planar_offsets(f, span, height);
     return {base, base + o.cb, base + o.cr};
-}
-CYCBCR_INLINE constexpr Planes planar_planes(Format f, uint8_t* base, PlaneSpan span,
-                                             uint32_t width, uint32_t height, uint32_t pitch) {
-    return planar_planes(f, base, span == PlaneSpan::Width ? width : pitch, height);
 }
 
 // Rows of a chroma plane: pitch / 2 apart, height or height / 2 of them.

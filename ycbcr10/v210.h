@@ -14,7 +14,6 @@
 
 namespace cycbcr {
 
-constexpr uint32_t kV210GroupPixels = 6;
 constexpr uint32_t kV210GroupBytes = 16;
 
 CYCBCR_INLINE uint32_t load_le32(const uint8_t* p) {
