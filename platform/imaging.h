@@ -37,4 +37,37 @@ IppStatus ippiYCbCr422ToCbYCr422_8u_P3C2R(const Ipp8u* pSrc[3], int srcStep[3], 
 IppStatus ippiYCrCb420ToCbYCr422_8u_P3C2R(const Ipp8u* pSrc[3], int srcStep[3], Ipp8u* pDst,
                                           int dstStep, IppiSize roiSize);
 
+// Colour, YCbCr to RGB: studio-range YCbCr in; coefficients c as the integers
+// round(c * 65536), each result (sum + 32768) >> 16, clamped to 0..255. BT.601
+// (the plain names) and 709CSC give full-range RGB from Y - 16; 709HDTV keeps
+// studio RGB (Y passes through). Packed 4:2:2 sources need width >= 2 and height
+// >= 1 and leave an odd last column untouched; 4:2:0 sources need width >= 2 and
+// height >= 2, convert the even part and return ippStsDoubleSize for odd sizes.
+// No chroma interpolation: a pair (4:2:2) or a 2x2 block (4:2:0) shares one
+// chroma sample. C4 outputs write B, G, R, then aval.
+IppStatus ippiCbYCr422ToBGR_8u_C2C4R(const Ipp8u* pSrc, int srcStep, Ipp8u* pDst, int dstStep,
+                                     IppiSize roiSize, Ipp8u aval);
+IppStatus ippiCbYCr422ToBGR_709HDTV_8u_C2C4R(const Ipp8u* pSrc, int srcStep, Ipp8u* pDst,
+                                             int dstStep, IppiSize roiSize, Ipp8u aval);
+IppStatus ippiCbYCr422ToBGR_709HDTV_8u_C2C3R(const Ipp8u* pSrc, int srcStep, Ipp8u* pDst,
+                                             int dstStep, IppiSize roiSize);
+// YVYU (Y0 Cr Y1 Cb) to R, G, B; BT.601.
+IppStatus ippiYCrCb422ToRGB_8u_C2C3R(const Ipp8u* pSrc, int srcStep, Ipp8u* pDst, int dstStep,
+                                     IppiSize roiSize);
+// Planes Y, Cb, Cr (4:2:0): output row y uses chroma row y / 2.
+IppStatus ippiYCbCr420ToBGR_8u_P3C4R(const Ipp8u* pSrc[3], int srcStep[3], Ipp8u* pDst,
+                                     int dstStep, IppiSize roiSize, Ipp8u aval);
+IppStatus ippiYCbCr420ToBGR_709HDTV_8u_P3C4R(const Ipp8u* pSrc[3], int srcStep[3], Ipp8u* pDst,
+                                             int dstStep, IppiSize roiSize, Ipp8u aval);
+IppStatus ippiYCbCr420ToBGR_709CSC_8u_P3C3R(const Ipp8u* pSrc[3], int srcStep[3], Ipp8u* pDst,
+                                            int dstStep, IppiSize roiSize);
+
+// In place: new channel i = old channel order[i], every channel of a pixel read
+// before any is written; an order entry outside the channels gives
+// ippStsChannelOrderErr.
+IppStatus ippiSwapChannels_8u_C3IR(Ipp8u* pSrcDst, int srcDstStep, IppiSize roiSize,
+                                   const int dstOrder[3]);
+IppStatus ippiSwapChannels_8u_C4IR(Ipp8u* pSrcDst, int srcDstStep, IppiSize roiSize,
+                                   const int dstOrder[4]);
+
 }  // namespace cycbcr::ipp
