@@ -4,6 +4,10 @@
 
 #include "frame/converters.h"
 #include "frame/export.h"
+#include "torgb/to_rgb.h"
+
+#include <cstring>
+#include <initializer_list>
 
 namespace cycbcr {
 namespace {
@@ -18,19 +22,32 @@ constexpr FormatPairs<ExtentOf> make_extents() {
 #define CYCBCR_PLANAR_COPY_ROW(name, form, from, to, ...) \
     t(Format::from, Format::to) = planar_copy_extent;
 #define CYCBCR_V210_ROW(name, form, from, to, ...) t(Format::from, Format::to) = v210_extent;
+#define CYCBCR_TO_RGB_ROW(name, form, from, to, ...) \
+    t(Format::from, Format::to) = to_rgb_pair_extent;
     CYCBCR_BYTE_ORDER_PAIRS(CYCBCR_BYTE_ORDER_ROW)
     CYCBCR_PACKED_PLANAR_PAIRS(CYCBCR_PACKED_PLANAR_ROW)
     CYCBCR_PLANAR_COPY_PAIRS(CYCBCR_PLANAR_COPY_ROW)
     CYCBCR_V210_PAIRS(CYCBCR_V210_ROW)
+    CYCBCR_TO_RGB_CONVERTERS(CYCBCR_TO_RGB_ROW)
 #undef CYCBCR_BYTE_ORDER_ROW
 #undef CYCBCR_PACKED_PLANAR_ROW
 #undef CYCBCR_PLANAR_COPY_ROW
 #undef CYCBCR_V210_ROW
+#undef CYCBCR_TO_RGB_ROW
     return t;
 }
 constexpr FormatPairs<ExtentOf> kExtents = make_extents();
 
 }  // namespace
+
+Extent to_rgb_pair_extent(Format from, Format to, const Call& c) {
+    Extent e;
+    for (QBYCBCRMatrix m = 0; m <= 7; ++m)
+        for (QBYCBCRRgbType t : {0u, 1u, 2u, 3u, 0x8000u})
+            e = widest(e, colour::to_rgb_extent(from, to, c, m, t));
+    return e;
+}
+
 }  // namespace cycbcr
 
 extern "C" CYCBCR_API unsigned int cycbcr_buffer_sizes(unsigned int dstFourCC,
@@ -47,4 +64,29 @@ extern "C" CYCBCR_API unsigned int cycbcr_buffer_sizes(unsigned int dstFourCC,
     if (dstBytes) *dstBytes = e.dst;
     if (srcBytes) *srcBytes = e.src;
     return fn ? 1u : 0u;
+}
+
+extern "C" CYCBCR_API unsigned int cycbcr_converter_buffer_sizes(
+    const char* name, unsigned int width, unsigned int height, unsigned int dstPitch,
+    unsigned int srcPitch, QBYCBCRMatrix matrix, QBYCBCRRgbType rgbType, uint64_t* dstBytes,
+    uint64_t* srcBytes) {
+    using namespace cycbcr;
+    const Call c{width, height, dstPitch, srcPitch};
+    Extent e;
+    bool known = false;
+    if (name != nullptr) {
+        for (const ConverterRow& r : kConverterRows)
+            if (!known && std::strcmp(r.name, name) == 0) {
+                e = kExtents(r.from, r.to)(r.from, r.to, c);
+                known = true;
+            }
+        for (const RgbConverterRow& r : kRgbConverterRows)
+            if (!known && std::strcmp(r.name, name) == 0) {
+                e = colour::to_rgb_extent(r.from, r.to, c, matrix, rgbType);
+                known = true;
+            }
+    }
+    if (dstBytes) *dstBytes = e.dst;
+    if (srcBytes) *srcBytes = e.src;
+    return known ? 1u : 0u;
 }

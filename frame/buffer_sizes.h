@@ -43,5 +43,8 @@ Extent byte_order_extent(Format from, Format to, const Call& c);
 Extent packed_planar_extent(Format from, Format to, const Call& c);
 Extent planar_copy_extent(Format from, Format to, const Call& c);
 Extent v210_extent(Format from, Format to, const Call& c);
+// YCbCr to RGB (torgb/to_rgb.h has the form with matrix and RGB type): the
+// widest over every matrix and type.
+Extent to_rgb_pair_extent(Format from, Format to, const Call& c);
 
 }  // namespace cycbcr

@@ -3,6 +3,7 @@
 // tests and the benchmarks read these instead of naming converters themselves.
 #pragma once
 
+#include "torgb/to_rgb_list.h"
 #include "ycbcr10/v210_list.h"
 #include "ycbcr8/byte_order_list.h"
 #include "ycbcr8/packed_planar_list.h"
@@ -50,6 +51,18 @@ struct ConverterRow {
     {#name, name, form, Format::from, Format::to, false, CYCBCR_ROW_IS_##kind},
 constexpr ConverterRow kConverterRows[] = {CYCBCR_PAIR_CONVERTERS(CYCBCR_PAIR_ROW)
                                                CYCBCR_CONVERTER_FORMS(CYCBCR_FORM_ROW)};
+
+// The converters between YCbCr and RGB, which add matrix and rgbType.
+struct RgbConverterRow {
+    const char* name;
+    cycbcr_rgb_converter fn;
+    cycbcr_rgb_converter avx2;  // the form taken at level 5, or null
+    Format from, to;
+    bool pair;
+    bool alias;
+};
+constexpr RgbConverterRow kRgbConverterRows[] = {CYCBCR_TO_RGB_CONVERTERS(CYCBCR_PAIR_ROW)
+                                                     CYCBCR_TO_RGB_AVX2_FORMS(CYCBCR_FORM_ROW)};
 #undef CYCBCR_PAIR_ROW
 #undef CYCBCR_FORM_ROW
 #undef CYCBCR_ROW_IS_BODY

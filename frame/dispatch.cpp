@@ -17,6 +17,17 @@ constexpr FormatPairs<cycbcr_converter> make_pairs() {
 }
 constexpr FormatPairs<cycbcr_converter> kPairs = make_pairs();
 
+// The same for pairs with RGB on one side, whose converters take matrix and
+// rgbType; only the 32-bit RGB converters have a code (0).
+constexpr FormatPairs<cycbcr_rgb_converter> make_rgb_pairs() {
+    FormatPairs<cycbcr_rgb_converter> t;
+#define CYCBCR_PAIR_ROW(name, form, from, to, ...) t(Format::from, Format::to) = name;
+    CYCBCR_TO_RGB_CONVERTERS(CYCBCR_PAIR_ROW)
+#undef CYCBCR_PAIR_ROW
+    return t;
+}
+constexpr FormatPairs<cycbcr_rgb_converter> kRgbPairs = make_rgb_pairs();
+
 }  // namespace
 
 cycbcr_converter pair_converter(Format from, Format to) {
@@ -40,10 +51,12 @@ CYCBCR_API unsigned int cycbcr_transcode(uint8_t* dst, const uint8_t* src, unsig
     const Format from = cycbcr::canonical_format(srcFourCC);
     const Format to = cycbcr::destination_format(dstFourCC);
     if (from == Format::Unknown || to == Format::Unknown) return 0;
-    // matrix and rgbType reach only the converters to and from RGB, none of
-    // which this build has: RGB pairs (RGB to RGB included) return 0.
-    (void)matrix;
-    (void)rgbType;
+    // matrix and rgbType reach only the converters to and from RGB. RGB to RGB
+    // has none, and v210 and RGB sources have none in this build yet: 0.
+    if (from == Format::RGB32 || to == Format::RGB32) {
+        const cycbcr_rgb_converter g = cycbcr::kRgbPairs(from, to);
+        return g ? g(dst, src, width, height, dstPitch, srcPitch, matrix, rgbType) : 0;
+    }
     const cycbcr_converter f = cycbcr::pair_converter(from, to);
     return f ? f(dst, src, width, height, dstPitch, srcPitch) : 0;
 }
@@ -51,6 +64,12 @@ CYCBCR_API unsigned int cycbcr_transcode(uint8_t* dst, const uint8_t* src, unsig
 CYCBCR_API cycbcr_converter cycbcr_pair_converter(unsigned int dstFourCC, unsigned int srcFourCC) {
     return cycbcr::pair_converter(cycbcr::canonical_format(srcFourCC),
                                   cycbcr::destination_format(dstFourCC));
+}
+
+CYCBCR_API cycbcr_rgb_converter cycbcr_rgb_pair_converter(unsigned int dstFourCC,
+                                                          unsigned int srcFourCC) {
+    return cycbcr::kRgbPairs(cycbcr::canonical_format(srcFourCC),
+                             cycbcr::destination_format(dstFourCC));
 }
 
 CYCBCR_API unsigned int cycbcr_can_transcode(unsigned int fourccA, unsigned int fourccB) {

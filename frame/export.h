@@ -45,3 +45,16 @@
             CYCBCR_CONVERTER_CALL);                                          \
     }
 #define CYCBCR_DEFINE_ALIAS(name, form, from, to, target) CYCBCR_CONVERTER_ALIAS(name, target)
+
+// The same for the converters between YCbCr and RGB, whose argument list adds
+// the colour matrix and the RGB layout:
+//     #define CYCBCR_ENTRY cycbcr::colour::to_rgb
+//     CYCBCR_TO_RGB_CONVERTERS(CYCBCR_DEFINE_RGB)
+#define CYCBCR_RGB_CONVERTER_ARGS \
+    CYCBCR_CONVERTER_ARGS, QBYCBCRMatrix matrix, QBYCBCRRgbType rgbType
+#define CYCBCR_RGB_CONVERTER_CALL CYCBCR_CONVERTER_CALL, matrix, rgbType
+#define CYCBCR_DEFINE_RGB(name, form, from, to, kind, ...)                   \
+    CYCBCR_API unsigned int name(CYCBCR_RGB_CONVERTER_ARGS) {                \
+        return CYCBCR_ENTRY<cycbcr::Format::from, cycbcr::Format::to, form>( \
+            CYCBCR_RGB_CONVERTER_CALL);                                      \
+    }

@@ -170,6 +170,11 @@ typedef unsigned int (*cycbcr_converter)(uint8_t* dst, const uint8_t* src, unsig
                                          unsigned int height, unsigned int dstPitch,
                                          unsigned int srcPitch);
 CYCBCR_API cycbcr_converter cycbcr_pair_converter(unsigned int dstFourCC, unsigned int srcFourCC);
+/* The argument list of the converters between YCbCr and RGB. */
+typedef unsigned int (*cycbcr_rgb_converter)(uint8_t* dst, const uint8_t* src, unsigned int width,
+                                             unsigned int height, unsigned int dstPitch,
+                                             unsigned int srcPitch, QBYCBCRMatrix matrix,
+                                             QBYCBCRRgbType rgbType);
 
 /* Buffer sizes: the bytes the converter of a pair (the one cycbcr_pair_converter
  * gives) reads from the start of src and writes from the start of dst when
@@ -188,6 +193,22 @@ CYCBCR_API unsigned int cycbcr_buffer_sizes(unsigned int dstFourCC, unsigned int
                                             unsigned int width, unsigned int height,
                                             unsigned int dstPitch, unsigned int srcPitch,
                                             uint64_t* dstBytes, uint64_t* srcBytes);
+
+/* The same for any converter by its exported name (every converter with the
+ * converter arguments, with or without matrix and rgbType, _avx2 forms
+ * included), for exactly this call: matrix and rgbType matter only to the
+ * converters to and from RGB, and cycbcr_buffer_sizes() answers for the widest
+ * of them. Returns 1, or 0 (both sizes 0) for a name it does not know. */
+CYCBCR_API unsigned int cycbcr_converter_buffer_sizes(const char* name, unsigned int width,
+                                                      unsigned int height, unsigned int dstPitch,
+                                                      unsigned int srcPitch, QBYCBCRMatrix matrix,
+                                                      QBYCBCRRgbType rgbType, uint64_t* dstBytes,
+                                                      uint64_t* srcBytes);
+
+/* The converter cycbcr_transcode calls for a pair with RGB on one side (the
+ * 32-bit converters, which take matrix and rgbType), or NULL. */
+CYCBCR_API cycbcr_rgb_converter cycbcr_rgb_pair_converter(unsigned int dstFourCC,
+                                                          unsigned int srcFourCC);
 
 /* The pitch rule of the dispatcher (_fixPitch below), as a C function: the pitch
  * cycbcr_transcode passes on for a buffer of this code and width. */
@@ -699,6 +720,157 @@ CYCBCR_API void qb_v210_planar16_unpack_aligned_ssse3(const uint8_t* src, uint16
 CYCBCR_API void qb_v210_planar16_unpack_unaligned_ssse3(const uint8_t* src, uint16_t* y,
                                                         uint16_t* cb, uint16_t* cr,
                                                         unsigned int pixels);
+
+/* ------------------------------------------------------------------------ */
+/* 8-bit YCbCr to RGB                                                        */
+/* ------------------------------------------------------------------------ */
+
+/* The converters to RGB take the converter arguments, then the colour matrix and
+ * the RGB layout:
+ *
+ *     unsigned int cycbcr_<src>_to_<rgb>(uint8_t* dst, const uint8_t* src,
+ *         unsigned int width, unsigned int height, unsigned int dstPitch,
+ *         unsigned int srcPitch, QBYCBCRMatrix matrix, QBYCBCRRgbType rgbType);
+ *
+ * <src> is uyvy, yuy2, yvyu, cyuv, i420, yv12 or p422, <rgb> is rgb555 (15-bit
+ * words), rgb565 (16-bit words), rgb24 or rgb32; nv12 has rgb32 only. Each
+ * chooses a processor level when none is chosen (5 on an AVX2 processor) and
+ * hands the frame to cycbcr_ToRGB (nv12: cycbcrBi_ToRGBInt) with its sample
+ * pointers, the 4:2:2 and planar flags, the depth and a chroma pitch of
+ * srcPitch / 2. Planar sources place their chroma planes at P = srcPitch *
+ * height (32-bit): Cb at P and Cr at P + P/4 (i420; yv12 the other way round),
+ * P + P/2 (p422); nv12's Cb, Cr pairs at P.
+ *
+ * The engine (cycbcr_ToRGBInt and every vector form of it):
+ *   - coefficients x 10000 per matrix; each channel's 64-bit sum divided by
+ *     10000 truncating toward zero (no rounding), clamped to 0..255. Alpha 255.
+ *   - whole pixel pairs: an odd width writes one pixel past the width and reads
+ *     a whole pair of samples.
+ *   - reads ignore the pitches: a packed frame is read as one run of
+ *     ceil(width / 2) * 4 bytes per row, each row where the previous ended; a
+ *     planar luma plane as rows of exactly width samples; chroma row n at
+ *     (n * width) / 2 (4:2:2) or ((n / 2) * width) / 2 (4:2:0) samples into its
+ *     plane; nv12 chroma at twice that many bytes (the same count of Cb, Cr
+ *     pairs). The source pitch only places the planes.
+ *   - writes rows dstPitch apart, ceil(width / 2) * 2 pixels each; with the
+ *     bottom-up flag of rgbType the first row goes to the last destination row.
+ *   - returns width * height * (2 for 15/16-bit, 3 for 24-bit, 4 otherwise),
+ *     even for height 0; a depth other than 15, 16, 24, 32 writes nothing.
+ * Routes that differ from the engine (kept; callers depend on each):
+ *   - i420/yv12 to rgb32 with rgbType exactly 0 always go to the library's
+ *     image-library path (16-bit fixed-point, rounded: not the engine's bytes):
+ *     matrices 3, 5 studio BT.709, 2 and 4 BT.709 written as 3-byte pixels and
+ *     widened in place to 4-byte rows width * 4 apart whatever dstPitch says,
+ *     every other matrix BT.601; alpha 255; even width and height only (odd
+ *     ones leave the last column/row unwritten); returns height * dstPitch.
+ *   - uyvy_to_rgb24 below level 5 (or without AVX2) always takes the
+ *     image-library path: matrices with bit 2 set (4 to 7) studio BT.709 then
+ *     R, G, B order; every other matrix BT.601 reading the UYVY bytes as if they
+ *     were Y0 Cr Y1 Cb. rgbType is ignored; width / 2 pairs per row, rows
+ *     srcPitch and dstPitch apart; returns height * dstPitch.
+ *   - uyvy_to_rgb32 at levels 1 to 4 and 6 with an odd matrix (and at level 1
+ *     only for rgbType 0 or 0x8000) takes the image-library path: alpha 0, the
+ *     bottom-up flag ignored, R, G, B, A for rgbType 2, B, G, R, A otherwise;
+ *     returns height * dstPitch.
+ *   - cyuv: the UYVY conversion, then the whole RGB frame turned over in place
+ *     with cycbcr_invert(dst, dstPitch, height).
+ * The _avx2 forms give the engine's bytes (rgbType honoured, no image-library
+ * routes) and need a processor with AVX2. Buffer sizes by converter name:
+ * cycbcr_converter_buffer_sizes(). */
+#define CYCBCR_RGB_CONVERTER(name)                                                     \
+    CYCBCR_API unsigned int name(uint8_t* dst, const uint8_t* src, unsigned int width, \
+                                 unsigned int height, unsigned int dstPitch,           \
+                                 unsigned int srcPitch, QBYCBCRMatrix matrix,          \
+                                 QBYCBCRRgbType rgbType)
+CYCBCR_RGB_CONVERTER(cycbcr_uyvy_to_rgb555);
+CYCBCR_RGB_CONVERTER(cycbcr_uyvy_to_rgb565);
+CYCBCR_RGB_CONVERTER(cycbcr_uyvy_to_rgb24);
+CYCBCR_RGB_CONVERTER(cycbcr_uyvy_to_rgb32);
+CYCBCR_RGB_CONVERTER(cycbcr_uyvy_to_rgb24_avx2);
+CYCBCR_RGB_CONVERTER(cycbcr_uyvy_to_rgb32_avx2);
+CYCBCR_RGB_CONVERTER(cycbcr_yuy2_to_rgb555);
+CYCBCR_RGB_CONVERTER(cycbcr_yuy2_to_rgb565);
+CYCBCR_RGB_CONVERTER(cycbcr_yuy2_to_rgb24);
+CYCBCR_RGB_CONVERTER(cycbcr_yuy2_to_rgb32);
+CYCBCR_RGB_CONVERTER(cycbcr_yvyu_to_rgb555);
+CYCBCR_RGB_CONVERTER(cycbcr_yvyu_to_rgb565);
+CYCBCR_RGB_CONVERTER(cycbcr_yvyu_to_rgb24);
+CYCBCR_RGB_CONVERTER(cycbcr_yvyu_to_rgb32);
+CYCBCR_RGB_CONVERTER(cycbcr_cyuv_to_rgb555);
+CYCBCR_RGB_CONVERTER(cycbcr_cyuv_to_rgb565);
+CYCBCR_RGB_CONVERTER(cycbcr_cyuv_to_rgb24);
+CYCBCR_RGB_CONVERTER(cycbcr_cyuv_to_rgb32);
+CYCBCR_RGB_CONVERTER(cycbcr_i420_to_rgb555);
+CYCBCR_RGB_CONVERTER(cycbcr_i420_to_rgb565);
+CYCBCR_RGB_CONVERTER(cycbcr_i420_to_rgb24);
+CYCBCR_RGB_CONVERTER(cycbcr_i420_to_rgb32);
+CYCBCR_RGB_CONVERTER(cycbcr_yv12_to_rgb555);
+CYCBCR_RGB_CONVERTER(cycbcr_yv12_to_rgb565);
+CYCBCR_RGB_CONVERTER(cycbcr_yv12_to_rgb24);
+CYCBCR_RGB_CONVERTER(cycbcr_yv12_to_rgb32);
+CYCBCR_RGB_CONVERTER(cycbcr_p422_to_rgb555);
+CYCBCR_RGB_CONVERTER(cycbcr_p422_to_rgb565);
+CYCBCR_RGB_CONVERTER(cycbcr_p422_to_rgb24);
+/* At level 5 on an AVX2 processor: cycbcr_ToRGBInt_avx2 directly. */
+CYCBCR_RGB_CONVERTER(cycbcr_p422_to_rgb32);
+/* Semi-planar 4:2:0: the two-plane engine. */
+CYCBCR_RGB_CONVERTER(cycbcr_nv12_to_rgb32);
+
+/* UYVY with an alpha plane to 32-bit RGB: the engine's rule for UYVY, each
+ * pixel's alpha byte taken from `alpha`, a plane of one byte per pixel in rows
+ * width bytes apart (as cycbcr_RGB32_to_uyvy_Alpha writes it, tightly packed);
+ * with an odd width a row's extra pixel reads the byte after the row, so the
+ * plane needs width * height + 1 bytes then. Chooses a level when none is
+ * chosen; at level 5 on an AVX2 processor it goes to its _avx2 form (same
+ * bytes). Returns width * height * 4. */
+CYCBCR_API unsigned int cycbcr_uyvy_to_rgb32_Alpha(uint8_t* dst, const uint8_t* src,
+                                                   const uint8_t* alpha, unsigned int width,
+                                                   unsigned int height, unsigned int dstPitch,
+                                                   unsigned int srcPitch, QBYCBCRMatrix matrix,
+                                                   QBYCBCRRgbType rgbType);
+CYCBCR_API unsigned int cycbcr_uyvy_to_rgb32_alpha_avx2(uint8_t* dst, const uint8_t* src,
+                                                        const uint8_t* alpha, unsigned int width,
+                                                        unsigned int height, unsigned int dstPitch,
+                                                        unsigned int srcPitch, QBYCBCRMatrix matrix,
+                                                        QBYCBCRRgbType rgbType);
+
+/* The engines, handed sample pointers: is422 and planar are the layout flags
+ * (packed frames: Y, Cb, Cr pointers 4 bytes a pair apart; planar: three
+ * planes), depth the output bits per pixel, chromaPitch srcPitch / 2 by the
+ * entry points (neither pitch moves the engine's rows: see above).
+ *
+ * cycbcr_ToRGB: planar 4:2:0 with depth 32 and rgbType 0 goes to the
+ *   image-library path above; everything else to cycbcr_ToRGBInt.
+ * cycbcr_ToRGBInt: the engine. At level 5 on an AVX2 processor, 32-bit output
+ *   from planar 4:2:2 goes to cycbcr_ToRGBInt_avx2; other layouts run the
+ *   engine with exact vector row kernels there (same bytes).
+ * cycbcr_ToRGBInt_avx2: the engine with AVX2 row kernels, any layout and depth;
+ *   needs AVX2.
+ * cycbcrBi_ToRGBInt: the engine for a Y plane and one plane of interleaved
+ *   Cb, Cr pairs (cb and cr point at the first Cb and Cr byte); chroma rows as
+ *   above in pairs. Returns as the engine.
+ * cycbcr_ToRGBFloat: the engine's layouts and depths, computed in double
+ *   precision from the unscaled coefficients, truncated toward zero and clamped
+ *   to 0..255. Returns as the engine.
+ * cycbcr_ToRGBInt16: 16 bits a channel, little-endian words: depth 24 or 48
+ *   writes R, G, B words in the layout's order (6 bytes), 32 or 64 four words
+ *   with alpha 65535 (8 bytes); other depths write nothing. Coefficients x 2 563
+ *   900 (matrix 4: x 2 560 000), divided by 10000 truncating; R and B carry
+ *   10000 of rounding bias, G none; the studio matrices (odd) take Y - 16 and
+ *   add 4096 after the division. Clamped to 0..65535. Returns width * height *
+ *   (6 or 8). */
+#define CYCBCR_TO_RGB_ENGINE(name)                                                                \
+    CYCBCR_API unsigned int name(                                                                 \
+        uint8_t* dst, const uint8_t* y, const uint8_t* cb, const uint8_t* cr, unsigned int width, \
+        unsigned int height, unsigned int dstPitch, unsigned int srcPitch, QBYCBCRMatrix matrix,  \
+        QBYCBCRRgbType rgbType, int32_t is422, unsigned int planar, unsigned int depth,           \
+        unsigned int chromaPitch)
+CYCBCR_TO_RGB_ENGINE(cycbcr_ToRGB);
+CYCBCR_TO_RGB_ENGINE(cycbcr_ToRGBInt);
+CYCBCR_TO_RGB_ENGINE(cycbcr_ToRGBInt_avx2);
+CYCBCR_TO_RGB_ENGINE(cycbcrBi_ToRGBInt);
+CYCBCR_TO_RGB_ENGINE(cycbcr_ToRGBFloat);
+CYCBCR_TO_RGB_ENGINE(cycbcr_ToRGBInt16);
 
 #ifdef __cplusplus
 } /* extern "C" */
