@@ -8,6 +8,7 @@
 #include "frame/geometry.h"
 #include "frame/row_walk.h"
 #include "platform/imaging.h"
+#include "platform/memory.h"
 #include "torgb/to_rgb_list.h"
 
 namespace cycbcr::colour {
@@ -139,10 +140,13 @@ uint32_t engine_a(const EngineArgs& e, Source s, const uint8_t* alpha, bool avx2
     if (e.height == 0 || !depth_of_bits(e.depth, &d)) return result;
     const RgbOrder o = rgb_layout(e.rgbType).order;
     const bool plane = alpha != nullptr;
-    const RowKernel* vector = avx2 ? avx2_row_a(s, d, o, plane) : nullptr;
+    const bool stream = avx2 && store_for(e.dst, e.dstPitch, e.height) == Store::Stream32;
+    const Format shape = s == Source::Packed ? packed_shape(e.y, e.cb, e.cr) : Format::Unknown;
+    const RowKernel* vector = avx2 ? avx2_row_a(s, shape, d, o, plane, stream) : nullptr;
     const RowKernel& k = vector ? *vector : plain_row_a(s, d, o, plane);
     const ToRgbRow<int32_t>& row = kFamilyA[e.matrix];
     walk_frame(e, s, alpha, [&](const RowArgs& a) { k.fn(a, row, *k.tail); });
+    if (stream) finish_stores(Store::Stream32);
     return result;
 }
 

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "frame/buffer_sizes.h"
+#include "frame/formats.h"
 #include "frame/inline.h"
 #include "torgb/colour_tables.h"
 #include "torgb/rgb_pixels.h"
@@ -76,9 +77,13 @@ CYCBCR_INLINE constexpr bool depth_of_bits(uint32_t bits, RgbDepth* d) {
 }
 
 // The plain family-A kernel of a row rule, and its AVX2 kernel (null where the
-// AVX2 file has none; the AVX2 kernels need a processor with AVX2).
+// AVX2 file has none; the AVX2 kernels need a processor with AVX2). `stream`
+// kernels write with streaming stores and need rows 32-byte aligned. `packed`
+// is the byte order the packed sample pointers describe (frame/geometry.h
+// packed_shape), or Unknown.
 const RowKernel& plain_row_a(Source s, RgbDepth d, RgbOrder o, bool alphaPlane);
-const RowKernel* avx2_row_a(Source s, RgbDepth d, RgbOrder o, bool alphaPlane);
+const RowKernel* avx2_row_a(Source s, Format packed, RgbDepth d, RgbOrder o, bool alphaPlane,
+                            bool stream);
 
 // The engine's arguments, as cycbcr_ToRGBInt takes them.
 struct EngineArgs {

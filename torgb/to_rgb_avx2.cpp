@@ -45,33 +45,55 @@ struct Block {
     __m256i crcb;
 };
 
-template <Source S>
+// How a block's samples are fetched: through the three pointers, or, for the
+// packed byte orders the engine's pointers usually describe, with one load of
+// eight whole pixel pairs from the pair's first byte.
+enum class Fetch : uint8_t { Pointers, Uyvy, Yuy2, Yvyu };
+
+template <Source S, Fetch F>
 CYCBCR_INLINE Block load_block(const uint8_t* y, const uint8_t* cb, const uint8_t* cr) {
-    __m256i ly, lcb, lcr;
-    if constexpr (S == Source::Packed) {
+    const __m256i bias = _mm256_set1_epi16(128);
+    if constexpr (F != Fetch::Pointers) {
+        // Cr to the low half of each pair's 32-bit lane, Cb to the high half.
+        constexpr int8_t b = F == Fetch::Uyvy ? 0 : 1, r = F == Fetch::Uyvy ? 2 : 3;
+        constexpr int8_t cbAt = F == Fetch::Yvyu ? r : b, crAt = F == Fetch::Yvyu ? b : r;
+        const __m256i m = _mm256_setr_epi8(crAt, -1, cbAt, -1, crAt + 4, -1, cbAt + 4, -1, crAt + 8,
+                                           -1, cbAt + 8, -1, crAt + 12, -1, cbAt + 12, -1, crAt, -1,
+                                           cbAt, -1, crAt + 4, -1, cbAt + 4, -1, crAt + 8, -1,
+                                           cbAt + 8, -1, crAt + 12, -1, cbAt + 12, -1);
+        const uint8_t* base = F == Fetch::Uyvy ? y - 1 : y;
+        const __m256i v = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(base));
+        const __m256i ly = F == Fetch::Uyvy ? _mm256_srli_epi16(v, 8)
+                                            : _mm256_and_si256(v, _mm256_set1_epi16(0xFF));
+        return {ly, _mm256_sub_epi16(_mm256_shuffle_epi8(v, m), bias)};
+    } else if constexpr (S == Source::Packed) {
         // Y at every other byte; Cb and Cr at every fourth.
         const __m256i byte16 = _mm256_set1_epi16(0xFF);
         const __m256i byte32 = _mm256_set1_epi32(0xFF);
-        ly = _mm256_and_si256(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(y)), byte16);
-        lcb = _mm256_and_si256(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(cb)), byte32);
-        lcr = _mm256_and_si256(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(cr)), byte32);
+        const __m256i ly =
+            _mm256_and_si256(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(y)), byte16);
+        const __m256i lcb =
+            _mm256_and_si256(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(cb)), byte32);
+        const __m256i lcr =
+            _mm256_and_si256(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(cr)), byte32);
+        return {ly, _mm256_sub_epi16(_mm256_or_si256(lcr, _mm256_slli_epi32(lcb, 16)), bias)};
+    } else if constexpr (S == Source::Planar) {
+        const __m256i ly =
+            _mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(y)));
+        const __m128i crcb =
+            _mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(cr)),
+                              _mm_loadl_epi64(reinterpret_cast<const __m128i*>(cb)));
+        return {ly, _mm256_sub_epi16(_mm256_cvtepu8_epi16(crcb), bias)};
     } else {
-        ly = _mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(y)));
-        if constexpr (S == Source::Planar) {
-            lcb = _mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(cb)));
-            lcr = _mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(cr)));
-        } else {
-            const __m256i word32 = _mm256_set1_epi32(0xFFFF);
-            lcb = _mm256_and_si256(
-                _mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(cb))),
-                word32);
-            lcr = _mm256_and_si256(
-                _mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(cr))),
-                word32);
-        }
+        const __m256i ly =
+            _mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(y)));
+        const __m256i word32 = _mm256_set1_epi32(0xFFFF);
+        const __m256i lcb = _mm256_and_si256(
+            _mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(cb))), word32);
+        const __m256i lcr = _mm256_and_si256(
+            _mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(cr))), word32);
+        return {ly, _mm256_sub_epi16(_mm256_or_si256(lcr, _mm256_slli_epi32(lcb, 16)), bias)};
     }
-    const __m256i crcb = _mm256_or_si256(lcr, _mm256_slli_epi32(lcb, 16));
-    return {ly, _mm256_sub_epi16(crcb, _mm256_set1_epi16(128))};
 }
 
 CYCBCR_INLINE __m256i quotient(__m256i sum) {
@@ -131,17 +153,35 @@ CYCBCR_INLINE Quads quads(__m256i c0, __m256i c1, __m256i c2, __m256i c3) {
     return {_mm256_unpacklo_epi16(p01, p23), _mm256_unpackhi_epi16(p01, p23)};
 }
 
-template <RgbDepth D, RgbOrder O>
+// Frames too large for the caches are written with streaming stores, which
+// skip reading the destination lines first; rows then start 32-byte aligned.
+template <bool Stream>
+CYCBCR_INLINE void put32(uint8_t* d, __m256i v) {
+    if constexpr (Stream)
+        _mm256_stream_si256(reinterpret_cast<__m256i*>(d), v);
+    else
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), v);
+}
+template <bool Stream>
+CYCBCR_INLINE void put16(uint8_t* d, __m128i v) {
+    if constexpr (Stream)
+        _mm_stream_si128(reinterpret_cast<__m128i*>(d), v);
+    else
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(d), v);
+}
+
+template <RgbDepth D, RgbOrder O, bool Stream>
 CYCBCR_INLINE void store_block(uint8_t* d, const Channels& c, __m256i alpha) {
     const __m256i first = blue_first(O) ? c.b : c.r;
     const __m256i last = blue_first(O) ? c.r : c.b;
     if constexpr (D == RgbDepth::Rgb32) {
         const Quads q =
             alpha_first(O) ? quads(alpha, first, c.g, last) : quads(first, c.g, last, alpha);
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(d),
-                            _mm256_permute2x128_si256(q.lo, q.hi, 0x20));
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 32),
-                            _mm256_permute2x128_si256(q.lo, q.hi, 0x31));
+        // Halves stored as they lie: no lane-crossing shuffle.
+        put16<Stream>(d, _mm256_castsi256_si128(q.lo));
+        put16<Stream>(d + 16, _mm256_castsi256_si128(q.hi));
+        put16<Stream>(d + 32, _mm256_extracti128_si256(q.lo, 1));
+        put16<Stream>(d + 48, _mm256_extracti128_si256(q.hi, 1));
     } else if constexpr (D == RgbDepth::Rgb24) {
         const Quads q = quads(first, c.g, last, last);
         const __m256i drop =
@@ -150,10 +190,9 @@ CYCBCR_INLINE void store_block(uint8_t* d, const Channels& c, __m256i alpha) {
         const __m256i lo = _mm256_shuffle_epi8(q.lo, drop), hi = _mm256_shuffle_epi8(q.hi, drop);
         const __m128i a = _mm256_castsi256_si128(lo), b = _mm256_castsi256_si128(hi);
         const __m128i cc = _mm256_extracti128_si256(lo, 1), dd = _mm256_extracti128_si256(hi, 1);
-        auto* out = reinterpret_cast<__m128i*>(d);
-        _mm_storeu_si128(out, _mm_or_si128(a, _mm_slli_si128(b, 12)));
-        _mm_storeu_si128(out + 1, _mm_or_si128(_mm_srli_si128(b, 4), _mm_slli_si128(cc, 8)));
-        _mm_storeu_si128(out + 2, _mm_or_si128(_mm_srli_si128(cc, 8), _mm_slli_si128(dd, 4)));
+        put16<Stream>(d, _mm_or_si128(a, _mm_slli_si128(b, 12)));
+        put16<Stream>(d + 16, _mm_or_si128(_mm_srli_si128(b, 4), _mm_slli_si128(cc, 8)));
+        put16<Stream>(d + 32, _mm_or_si128(_mm_srli_si128(cc, 8), _mm_slli_si128(dd, 4)));
     } else {
         const __m256i zero = _mm256_setzero_si256(), top = _mm256_set1_epi16(255);
         auto clamp = [&](__m256i v) { return _mm256_min_epi16(_mm256_max_epi16(v, zero), top); };
@@ -172,56 +211,60 @@ CYCBCR_INLINE void store_block(uint8_t* d, const Channels& c, __m256i alpha) {
                                                                  _mm256_set1_epi16(0x07E0)),
                                                 _mm256_srli_epi16(l, 3)));
         }
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), pixel_order_words(w));
+        put32<Stream>(d, pixel_order_words(w));
     }
 }
 
-template <Source S, RgbDepth D, RgbOrder O, bool AlphaPlane>
+template <Source S, Fetch F, RgbDepth D, RgbOrder O, bool AlphaPlane, bool Stream>
 void row_a_avx2(const RowArgs& a, const ToRgbRow<int32_t>& k, const RowKernel& tail) {
     constexpr uint32_t lumaStep = S == Source::Packed ? 4 : 2;
     constexpr uint32_t chromaStep = S == Source::Packed ? 4 : S == Source::SemiPlanar ? 2 : 1;
-    // Packed and interleaved loads reach a few bytes into the next pair: keep
-    // one pair back for the plain tail so nothing past the row's samples is read.
-    constexpr uint32_t spare = S == Source::Planar ? 0 : 1;
+    // Loads through separate packed or interleaved pointers reach a few bytes
+    // into the next pair: keep one pair back for the plain tail so nothing past
+    // the row's samples is read.
+    constexpr uint32_t spare = S == Source::Planar || F != Fetch::Pointers ? 0 : 1;
+    constexpr size_t outStep = 2 * pixel_bytes(D);
     const Consts c = consts_of(k);
     const __m256i opaque = _mm256_set1_epi16(255);
+    uint8_t* dst = a.dst;
+    const uint8_t *y = a.y, *cb = a.cb, *cr = a.cr, *alpha = a.alpha;
+    const uint32_t pairs = a.pairs;
     uint32_t p = 0;
-    for (; p + 8 + spare <= a.pairs; p += 8) {
-        const Block blk = load_block<S>(a.y + size_t{p} * lumaStep, a.cb + size_t{p} * chromaStep,
-                                        a.cr + size_t{p} * chromaStep);
-        const __m256i alpha = AlphaPlane ? alpha_words(a.alpha + 2 * size_t{p}) : opaque;
-        store_block<D, O>(a.dst + 2 * size_t{p} * pixel_bytes(D), compute(blk, c), alpha);
+    for (; p + 8 + spare <= pairs; p += 8) {
+        const Block blk = load_block<S, F>(y, cb, cr);
+        store_block<D, O, Stream>(dst, compute(blk, c), AlphaPlane ? alpha_words(alpha) : opaque);
+        dst += 8 * outStep;
+        y += 8 * lumaStep;
+        cb += 8 * chromaStep;
+        cr += 8 * chromaStep;
+        if constexpr (AlphaPlane) alpha += 16;
     }
-    if (p == a.pairs) return;
-    const RowArgs rest{a.dst + 2 * size_t{p} * pixel_bytes(D),
-                       a.y + size_t{p} * lumaStep,
-                       a.cb + size_t{p} * chromaStep,
-                       a.cr + size_t{p} * chromaStep,
-                       AlphaPlane ? a.alpha + 2 * size_t{p} : nullptr,
-                       a.pairs - p};
-    tail.fn(rest, k, tail);
+    if (p == pairs) return;
+    tail.fn({dst, y, cb, cr, AlphaPlane ? alpha : nullptr, pairs - p}, k, tail);
 }
 
-template <Source S, RgbDepth D, RgbOrder O, bool AlphaPlane>
-const RowKernel kAvx2 = {row_a_avx2<S, D, O, AlphaPlane>, &plain_row_a(S, D, O, AlphaPlane)};
+template <Source S, Fetch F, RgbDepth D, RgbOrder O, bool AlphaPlane, bool Stream>
+const RowKernel kAvx2 = {row_a_avx2<S, F, D, O, AlphaPlane, Stream>,
+                         &plain_row_a(S, D, O, AlphaPlane)};
 
-template <Source S, RgbDepth D>
-const RowKernel* by_order(RgbOrder o, bool alpha) {
+template <Source S, Fetch F, RgbDepth D>
+const RowKernel* by_order(RgbOrder o, bool alpha, bool stream) {
     return with_order(o, [&]<RgbOrder O>() -> const RowKernel* {
-        return alpha ? &kAvx2<S, D, O, true> : &kAvx2<S, D, O, false>;
+        if (stream) return alpha ? &kAvx2<S, F, D, O, true, true> : &kAvx2<S, F, D, O, false, true>;
+        return alpha ? &kAvx2<S, F, D, O, true, false> : &kAvx2<S, F, D, O, false, false>;
     });
 }
-template <Source S>
-const RowKernel* by_depth(RgbDepth d, RgbOrder o, bool alpha) {
+template <Source S, Fetch F>
+const RowKernel* by_depth(RgbDepth d, RgbOrder o, bool alpha, bool stream) {
     switch (d) {
         case RgbDepth::Rgb555:
-            return by_order<S, RgbDepth::Rgb555>(o, alpha);
+            return by_order<S, F, RgbDepth::Rgb555>(o, alpha, stream);
         case RgbDepth::Rgb565:
-            return by_order<S, RgbDepth::Rgb565>(o, alpha);
+            return by_order<S, F, RgbDepth::Rgb565>(o, alpha, stream);
         case RgbDepth::Rgb24:
-            return by_order<S, RgbDepth::Rgb24>(o, alpha);
+            return by_order<S, F, RgbDepth::Rgb24>(o, alpha, stream);
         case RgbDepth::Rgb32:
-            return by_order<S, RgbDepth::Rgb32>(o, alpha);
+            return by_order<S, F, RgbDepth::Rgb32>(o, alpha, stream);
         default:
             break;
     }
@@ -230,16 +273,26 @@ const RowKernel* by_depth(RgbDepth d, RgbOrder o, bool alpha) {
 
 }  // namespace
 
-const RowKernel* avx2_row_a(Source s, RgbDepth d, RgbOrder o, bool alphaPlane) {
+const RowKernel* avx2_row_a(Source s, Format packed, RgbDepth d, RgbOrder o, bool alphaPlane,
+                            bool stream) {
     switch (s) {
         case Source::Packed:
-            return by_depth<Source::Packed>(d, o, alphaPlane);
+            switch (packed) {
+                case Format::UYVY:
+                    return by_depth<Source::Packed, Fetch::Uyvy>(d, o, alphaPlane, stream);
+                case Format::YUY2:
+                    return by_depth<Source::Packed, Fetch::Yuy2>(d, o, alphaPlane, stream);
+                case Format::YVYU:
+                    return by_depth<Source::Packed, Fetch::Yvyu>(d, o, alphaPlane, stream);
+                default:
+                    return by_depth<Source::Packed, Fetch::Pointers>(d, o, alphaPlane, stream);
+            }
         case Source::Planar:
-            return by_depth<Source::Planar>(d, o, alphaPlane);
+            return by_depth<Source::Planar, Fetch::Pointers>(d, o, alphaPlane, stream);
         case Source::SemiPlanar:
             break;
     }
-    return by_depth<Source::SemiPlanar>(d, o, alphaPlane);
+    return by_depth<Source::SemiPlanar, Fetch::Pointers>(d, o, alphaPlane, stream);
 }
 
 }  // namespace cycbcr::colour
