@@ -153,6 +153,95 @@ TEST(BufferSizes, HoldForTheDispatcherWithItsPitchRule) {
                 }
 }
 
+// Pairs into RGB (code 0) answer for the widest of their converter's calls over
+// every matrix and RGB type. Each of those calls, at every level, stays within
+// the answer, directly and through the dispatcher with its pitch rule; and some
+// call writes the last answered destination byte and reads the last answered
+// source byte (its output changes with it).
+TEST(BufferSizes, RgbPairsHoldForEveryMatrixAndType) {
+    const uint32_t codes[] = {CYCBCR_FOURCC_UYVY, CYCBCR_FOURCC_YUY2, CYCBCR_FOURCC_YVYU,
+                              CYCBCR_FOURCC_cyuv, CYCBCR_FOURCC_I420, CYCBCR_FOURCC_YV12,
+                              CYCBCR_FOURCC_P422, CYCBCR_FOURCC_422P};
+    const QBYCBCRRgbType types[] = {0, 1, 2, 3, 0x8000};
+    std::vector<uint32_t> levels = {0, 4};
+    if (have_avx2()) levels.push_back(5);
+    std::vector<uint32_t> widths;
+    for (uint32_t w = 1; w <= 13; ++w) widths.push_back(w);
+    widths.insert(widths.end(), {40, 1276});
+    for (uint32_t code : codes) {
+        const cycbcr_rgb_converter fn = cycbcr_rgb_pair_converter(0, code);
+        ASSERT_NE(fn, nullptr) << std::hex << code;
+        const bool packed = code != CYCBCR_FOURCC_I420 && code != CYCBCR_FOURCC_YV12 &&
+                            code != CYCBCR_FOURCC_P422 && code != CYCBCR_FOURCC_422P;
+        for (uint32_t w : widths)
+            for (uint32_t h = 0; h <= 3; ++h)
+                for (uint32_t pad : {0u, 36u}) {
+                    const Geometry g{w, h, 4 * w + pad, (packed ? 2 * w : w) + pad};
+                    uint64_t d = 0, s = 0;
+                    ASSERT_EQ(cycbcr_buffer_sizes(0, code, w, h, g.dstPitch, g.srcPitch, &d, &s),
+                              1u);
+                    GuardedBuffer src(s), dst(d);
+                    const std::vector<uint8_t> source = random_bytes(s, w * 13 + h + pad);
+                    std::vector<uint8_t> changed(source);
+                    if (s) changed[s - 1] = static_cast<uint8_t>(changed[s - 1] ^ 0x5A);
+                    // Rows of distinct fills, so that a frame turned over shows.
+                    std::vector<uint8_t> fill(d);
+                    for (size_t i = 0; i < d; ++i)
+                        fill[i] = static_cast<uint8_t>(0x21 * (i / g.dstPitch % 5 + 1) + i % 3);
+                    bool written = d == 0, readsLast = s == 0;
+                    auto run = [&](const std::vector<uint8_t>& sb, const std::vector<uint8_t>& db,
+                                   QBYCBCRMatrix m, QBYCBCRRgbType t) {
+                        if (s) std::memcpy(src.data(), sb.data(), s);
+                        if (d) std::memcpy(dst.data(), db.data(), d);
+                        fn(dst.data(), src.data(), w, h, g.dstPitch, g.srcPitch, m, t);
+                        return std::vector<uint8_t>(dst.data(), dst.data() + d);
+                    };
+                    for (uint32_t level : levels) {
+                        cycbcr_set_cpu(level);
+                        for (QBYCBCRMatrix m = 0; m <= 7; ++m)
+                            for (QBYCBCRRgbType t : types) {
+                                std::vector<uint8_t> other(fill);
+                                for (auto& b : other) b = static_cast<uint8_t>(~b);
+                                const auto a = run(source, fill, m, t);
+                                const auto b = run(source, other, m, t);
+                                if (d)
+                                    written = written || a[d - 1] != fill[d - 1] ||
+                                              b[d - 1] != other[d - 1];
+                                if (!readsLast) readsLast = run(changed, fill, m, t) != a;
+                            }
+                    }
+                    ASSERT_TRUE(src.slack_intact() && dst.slack_intact())
+                        << std::hex << code << std::dec << " " << g;
+                    EXPECT_TRUE(written)
+                        << std::hex << code << std::dec << " " << g << ": the last of " << d
+                        << " answered bytes is never written";
+                    EXPECT_TRUE(readsLast)
+                        << std::hex << code << std::dec << " " << g << ": the last of " << s
+                        << " answered source bytes changes nothing";
+                }
+        // Through the dispatcher, at the pitches its rule passes on.
+        for (uint32_t w : {7u, 1276u})
+            for (uint32_t pitch : {0u, 5000u}) {
+                const uint32_t h = 3;
+                const uint32_t dp = cycbcr_fix_pitch(0, w, pitch);
+                const uint32_t sp = cycbcr_fix_pitch(code, w, pitch);
+                uint64_t d = 0, s = 0;
+                ASSERT_EQ(cycbcr_buffer_sizes(0, code, w, h, dp, sp, &d, &s), 1u);
+                GuardedBuffer src(s), dst(d);
+                std::fill_n(src.data(), s, 0x80);
+                for (uint32_t level : levels) {
+                    cycbcr_set_cpu(level);
+                    for (QBYCBCRMatrix m = 0; m <= 7; ++m)
+                        for (QBYCBCRRgbType t : types)
+                            cycbcr_transcode(dst.data(), src.data(), w, h, pitch, pitch, m, t, 0,
+                                             code);
+                }
+                EXPECT_TRUE(dst.slack_intact() && src.slack_intact());
+            }
+    }
+    cycbcr_set_cpu(5);
+}
+
 TEST(BufferSizes, UnknownPairsAnswerNothing) {
     uint64_t d = 1, s = 1;
     EXPECT_EQ(cycbcr_buffer_sizes(CYCBCR_FOURCC_422P, CYCBCR_FOURCC_UYVY, 8, 2, 16, 16, &d, &s),

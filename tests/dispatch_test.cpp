@@ -213,6 +213,107 @@ TEST(Transcode, FirstCallChoosesTheLevel) {
     EXPECT_EQ(out[0], chosen == 5 && have_avx2() ? 0 : 255);
 }
 
+// Pairs with RGB (code 0) on one side: every YCbCr source but v210 reaches its
+// 32-bit converter ("422P" as P422), with matrix and rgbType passed on; v210 to
+// RGB and RGB to anything are refused without a write.
+TEST(TranscodeRgb, SourcesReachTheirRgb32Converters) {
+    const RgbConverter want[RGB] = {nullptr,
+                                    cycbcr_i420_to_rgb32,
+                                    cycbcr_yv12_to_rgb32,
+                                    cycbcr_p422_to_rgb32,
+                                    cycbcr_yuy2_to_rgb32,
+                                    cycbcr_uyvy_to_rgb32,
+                                    cycbcr_yvyu_to_rgb32,
+                                    cycbcr_cyuv_to_rgb32};
+    for (int f = 0; f < RGB; ++f) EXPECT_EQ(kToRgb[f], want[f]) << kNames[f];
+    for (const auto& [code, fmt] : kSources) {
+        const RgbConverter fn = fmt == RGB ? nullptr : want[fmt];
+        EXPECT_EQ(cycbcr_rgb_pair_converter(0, code), fn) << std::hex << code;
+        EXPECT_EQ(cycbcr_rgb_pair_converter(code, 0), nullptr) << std::hex << code;
+        EXPECT_EQ(cycbcr_pair_converter(0, code), nullptr) << std::hex << code;
+        EXPECT_EQ(cycbcr_pair_converter(code, 0), nullptr) << std::hex << code;
+        if (fn == nullptr) expect_refused(0, code, {36, 3, 0, 0});
+        expect_refused(code, 0, {36, 3, 0, 0});
+    }
+    EXPECT_EQ(cycbcr_rgb_pair_converter(0, 0), nullptr);
+    EXPECT_EQ(cycbcr_rgb_pair_converter(k422P, fourcc("UYVY")), nullptr);
+    for (uint32_t c : kUnknown) EXPECT_EQ(cycbcr_rgb_pair_converter(0, c), nullptr);
+
+    // Matrix and type reach the converter: the same bytes as a direct call for
+    // each, and the values change the bytes.
+    const auto src = random_bytes(kFrameBytes, 3);
+    for (unsigned level : {0u, 4u}) {
+        cycbcr_set_cpu(level);
+        for (const char* from : {"YUY2", "I420", "422P"}) {
+            const RgbConverter fn = cycbcr_rgb_pair_converter(0, fourcc(from));
+            std::vector<std::vector<uint8_t>> seen;
+            for (QBYCBCRMatrix m : {0u, 1u, 2u, 3u, 6u, 7u})
+                for (QBYCBCRRgbType t : {0u, 1u, 2u, 3u, 0x8000u, 0x8003u}) {
+                    std::vector<uint8_t> a(kFrameBytes, 1), b(a);
+                    const unsigned got = cycbcr_transcode(a.data(), src.data(), 20, 4, 96, 40, m, t,
+                                                          0, fourcc(from));
+                    EXPECT_EQ(got, fn(b.data(), src.data(), 20, 4, 96, 40, m, t));
+                    EXPECT_TRUE(same_bytes(a, b)) << from << " matrix " << m << " type " << t;
+                    // (I420 with type 0 takes BT.601 for every matrix but 2 to 5.)
+                    const bool bt601 = std::string(from) == "I420" && t == 0 && m != 2 && m != 3;
+                    if (bt601 && m != 0) continue;
+                    EXPECT_TRUE(std::find(seen.begin(), seen.end(), a) == seen.end())
+                        << from << " matrix " << m << " type " << t << " as another's bytes";
+                    seen.push_back(a);
+                }
+        }
+    }
+}
+
+// UYVY to RGB at width 720 with both pitches 0: the converter is handed source
+// pitch 1440 (the pitch rule) and destination pitch 0 (RGB pitches are kept).
+TEST(TranscodeRgb, UyvyPitchesAsTheConverterReceivesThem) {
+    const uint32_t w = 720, h = 4;
+    const auto src = random_bytes(size_t{1500} * h, 4);  // room for rows 1500 apart
+    auto direct = [&](uint32_t dp, uint32_t sp, QBYCBCRMatrix m, unsigned* res) {
+        std::vector<uint8_t> d(size_t{w * 4 + 64} * h, 1);
+        *res = cycbcr_uyvy_to_rgb32(d.data(), src.data(), w, h, dp, sp, m, 0);
+        return d;
+    };
+    auto viaCodes = [&](uint32_t dp, QBYCBCRMatrix m, unsigned* res) {
+        std::vector<uint8_t> d(size_t{w * 4 + 64} * h, 1);
+        *res = cycbcr_transcode(d.data(), src.data(), w, h, dp, 0, m, 0, 0, fourcc("UYVY"));
+        return d;
+    };
+    unsigned a = 0, b = 0;
+    // Level 0, the engine: w * h * 4 whatever the pitches; all rows written over
+    // the first, as with a destination pitch of 0.
+    cycbcr_set_cpu(0);
+    const auto engine = viaCodes(0, 0, &a);
+    EXPECT_EQ(a, w * h * 4);
+    EXPECT_EQ(engine, direct(0, 1440, 0, &b));
+    EXPECT_NE(engine, direct(w * 4, 1440, 0, &b));
+    // Level 4 with matrix 1, the image-library route, reads source rows a
+    // pitch apart: the bytes show the pitch of 1440.
+    cycbcr_set_cpu(4);
+    const uint32_t dp = w * 4 + 64;
+    const auto library = viaCodes(dp, 1, &a);
+    EXPECT_EQ(library, direct(dp, 1440, 1, &b));
+    EXPECT_EQ(a, b);
+    EXPECT_EQ(a, h * dp);
+    EXPECT_NE(library, direct(dp, 1500, 1, &b));
+}
+
+// "422P" is accepted as a source of RGB: P422's converter, its pitch unchanged.
+TEST(TranscodeRgb, P422SourceCodeToRgb) {
+    const auto src = random_bytes(kFrameBytes, 5);
+    for (unsigned level : {0u, 5u}) {
+        cycbcr_set_cpu(level);
+        std::vector<uint8_t> a(kFrameBytes, 2), b(a);
+        const unsigned got =
+            cycbcr_transcode(a.data(), src.data(), 37, 3, 160, 200, 2, 3, 0, k422P);
+        EXPECT_EQ(got, 37u * 3 * 4);
+        EXPECT_EQ(got, cycbcr_p422_to_rgb32(b.data(), src.data(), 37, 3, 160, 200, 2, 3));
+        EXPECT_TRUE(same_bytes(a, b));
+        EXPECT_NE(a, std::vector<uint8_t>(kFrameBytes, 2));
+    }
+}
+
 // The converter lists the library is built from: every pair of the eight YCbCr
 // formats once, each named cycbcr_<from>_to_<to> by the formats' short names;
 // every other form named after its pair with _avx2 or _opt; and each AVX2
