@@ -16,22 +16,29 @@
 //     share of FFmpeg's time that is codec-API overhead rather than packing;
 //   - packed 4:2:2 <-> planar I420 / YV12 / P422, beside libyuv where it has the
 //     pair;
-//   - planar copies among I420, YV12 and P422.
+//   - planar copies among I420, YV12 and P422;
+//   - YCbCr -> RGB: every converter of the RGB list (kRgbConverterRows) with
+//     matrix 0 and RGB type 0 (B, G, R, A), its _avx2 forms at level 5 too,
+//     beside libyuv's conversion of the same source (its pixels checked to
+//     within a few units of ours, since it rounds its own way).
 // Frames are at their natural pitches and counted whole. The program refuses to
 // run when a listed converter falls in no family or in two, or would reach past
-// the shared buffers.
+// the shared buffers. The L5/pl column is level 5 over the plain level.
 //
 // Unless given on the command line, each benchmark runs 7 repetitions of at
-// least 0.1 s of CPU time, the repetitions of all benchmarks interleaved in
-// random order, and the summary takes the median: on a shared machine a burst of
-// noise then lands on one repetition of several benchmarks rather than on every
-// repetition of one. The cv% column gives the spread of the repetitions. The
-// whole suite, some 280 benchmarks, takes about five minutes on two cores.
+// least 0.1 s of CPU time (the RGB family 0.05 s, whatever the command line
+// says), the repetitions of all benchmarks interleaved in random order, and the
+// summary takes the median: on a shared machine a burst of noise then lands on
+// one repetition of several benchmarks rather than on every repetition of one.
+// The cv% column gives the spread of the repetitions. The whole suite, some 440
+// benchmarks, takes about seven minutes on two cores, the RGB family about
+// a minute and a half of it.
 //
 // Any Google Benchmark flag can be added. Quicker runs:
 //     --benchmark_filter=3840x2160        one frame size (FFmpeg's per-call
 //                                         figures need the 48x4 benchmarks too)
 //     --benchmark_filter='v210|012v'      the v210 family with all of FFmpeg's
+//     --benchmark_filter='rgb|RGB|memcpy' the RGB family with libyuv and memcpy
 //     --benchmark_repetitions=3           fewer repetitions, noisier medians
 // and --benchmark_out=run.json --benchmark_out_format=json keeps every repetition.
 //
@@ -152,20 +159,21 @@ class SummaryReporter : public benchmark::ConsoleReporter, public Medians {
                 family = row.family;
                 first = false;
                 std::fprintf(out, "\n%s\n", family_heading(family).c_str());
-                std::fprintf(out, "%-10s %-*s %7s %7s %7s %7s  %7s %7s %7s %7s  %5s  %-24s %s\n",
-                             "size", name_width, "converter", "plain", "level5", "memcpy", "peer",
-                             "pl/mcpy", "L5/mcpy", "pl/peer", "L5/peer", "cv%", "peer",
-                             "level 5 target");
+                std::fprintf(
+                    out, "%-10s %-*s %7s %7s %7s %7s  %7s %7s %7s %7s %6s  %5s  %-24s %s\n", "size",
+                    name_width, "converter", "plain", "level5", "memcpy", "peer", "pl/mcpy",
+                    "L5/mcpy", "pl/peer", "L5/peer", "L5/pl", "cv%", "peer", "level 5 target");
             }
             // The largest spread among the benchmarks of the row.
             double cv = 0;
             for (const std::string* name : {&row.plain, &row.level5, &row.memcpy, &row.peer})
                 cv = std::max(cv, spread(*name));
-            std::fprintf(out, "%-10s %-*s %7s %7s %7s %7s  %7s %7s %7s %7s  %5.1f  %-24s %s\n",
+            std::fprintf(out, "%-10s %-*s %7s %7s %7s %7s  %7s %7s %7s %7s %6s  %5.1f  %-24s %s\n",
                          row.size.c_str(), name_width, row.converter.c_str(), gbps(plain).c_str(),
                          gbps(l5).c_str(), gbps(mc).c_str(), gbps(peer).c_str(),
                          ratio(plain, mc).c_str(), ratio(l5, mc).c_str(),
-                         ratio(plain, peer).c_str(), ratio(l5, peer).c_str(), 100 * cv,
+                         ratio(plain, peer).c_str(), ratio(l5, peer).c_str(),
+                         ratio(l5, plain).c_str(), 100 * cv,
                          row.peer_label.empty() ? "-" : row.peer_label.c_str(),
                          verdict(row, l5, mc, peer, cv).c_str());
         }
@@ -248,6 +256,7 @@ int main(int argc, char** argv) {
     cycbcr_bench::register_v210_benchmarks();
     cycbcr_bench::register_packed_planar_benchmarks();
     cycbcr_bench::register_planar_copy_benchmarks();
+    cycbcr_bench::register_to_rgb_benchmarks();
     const std::vector<std::string> unclaimed = cycbcr_bench::unclaimed_converters();
     for (const std::string& name : unclaimed)
         std::fprintf(stderr, "cycbcr_bench: listed converter %s\n", name.c_str());

@@ -48,10 +48,13 @@ struct BufferSet {
     Buffers view{};
 };
 
-// The largest natural frame of any format a listed converter reads or writes.
+// The largest natural frame of any format a listed converter reads or writes,
+// the RGB converters' included.
 size_t largest_frame(const FrameSize& size) {
     size_t bytes = 0;
     for (const cycbcr::ConverterRow& r : cycbcr::kConverterRows)
+        bytes = std::max({bytes, frame_bytes(r.from, size), frame_bytes(r.to, size)});
+    for (const cycbcr::RgbConverterRow& r : cycbcr::kRgbConverterRows)
         bytes = std::max({bytes, frame_bytes(r.from, size), frame_bytes(r.to, size)});
     return bytes;
 }
@@ -97,15 +100,21 @@ std::string compare_with_reference(Converter peer, Converter reference, const Fr
 // Rates are per CPU second of this thread (the library's default): the loop
 // never blocks, so on a quiet machine that is the wall time, and on a shared one
 // it leaves out the time other processes held the core.
-void time_calls(benchmark::State& state, Converter fn, const FrameSize& size, const Shape& shape) {
+void time_calls(benchmark::State& state, const FrameCall& call, const FrameSize& size,
+                size_t moved) {
     Buffers& b = frame_buffers(size);
     for (auto _ : state) {
-        fn(b.dst, b.src, size.width, size.height, shape.dst_pitch, shape.src_pitch);
+        call(b.dst, b.src);
         benchmark::ClobberMemory();
     }
-    state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) *
-                            static_cast<int64_t>(shape.moved));
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(moved));
     state.SetItemsProcessed(static_cast<int64_t>(state.iterations()));
+}
+
+FrameCall call_of(Converter fn, const FrameSize& size, const Shape& shape) {
+    return [=](uint8_t* dst, const uint8_t* src) {
+        fn(dst, src, size.width, size.height, shape.dst_pitch, shape.src_pitch);
+    };
 }
 
 std::vector<SummaryRow>& rows() {
@@ -190,6 +199,9 @@ size_t frame_bytes(Format f, const FrameSize& size) {
     if (cycbcr::is_packed422(f) || in.arrangement == cycbcr::Arrangement::V210) return first_plane;
     if (cycbcr::is_planar8(f))
         return first_plane + 2 * (pitch >> in.chroma_x) * cycbcr::chroma_rows(f, size.height);
+    // NV12: the Y plane, then rows of Cb, Cr pairs as long as a luma row.
+    if (f == Format::NV12) return first_plane + pitch * cycbcr::chroma_rows(f, size.height);
+    if (in.arrangement == cycbcr::Arrangement::Rgb) return first_plane;
     std::fprintf(stderr, "cycbcr_bench: no frame size for format %s\n", in.name);
     std::exit(1);
 }
@@ -208,40 +220,51 @@ bool avx2_usable() {
     return (cycbcr_cpu_flags() & kAvx2Bit) != 0;
 }
 
+benchmark::internal::Benchmark* register_call(const std::string& name, FrameCall call,
+                                              const FrameSize& size, size_t moved, int level,
+                                              bool needs_avx2, Verdict check) {
+    return benchmark::RegisterBenchmark(
+               name.c_str(),
+               [=](benchmark::State& state) {
+                   if (needs_avx2 && !avx2_usable()) {
+                       state.SkipWithError("processor lacks AVX2 (feature bit 23)");
+                       return;
+                   }
+                   if (check) {
+                       // Checked once per process; repetitions reuse the verdict.
+                       static std::map<std::string, std::string> verdicts;
+                       auto it = verdicts.find(name);
+                       if (it == verdicts.end()) it = verdicts.emplace(name, check()).first;
+                       if (!it->second.empty()) {
+                           state.SkipWithError(it->second.c_str());
+                           return;
+                       }
+                   }
+                   if (level >= 0 && cycbcr_set_cpu(static_cast<unsigned>(level)) !=
+                                         static_cast<unsigned>(level)) {
+                       state.SkipWithError("processor level not available");
+                       return;
+                   }
+                   time_calls(state, call, size, moved);
+               })
+        ->Unit(benchmark::kMillisecond);
+}
+
 void register_converter(const std::string& name, Converter fn, const FrameSize& size,
                         const Shape& shape, int level, bool needs_avx2) {
-    benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
-        if (needs_avx2 && !avx2_usable()) {
-            state.SkipWithError("processor lacks AVX2 (feature bit 23)");
-            return;
-        }
-        if (level >= 0 &&
-            cycbcr_set_cpu(static_cast<unsigned>(level)) != static_cast<unsigned>(level)) {
-            state.SkipWithError("processor level not available");
-            return;
-        }
-        time_calls(state, fn, size, shape);
-    })->Unit(benchmark::kMillisecond);
+    register_call(name, call_of(fn, size, shape), size, shape.moved, level, needs_avx2);
 }
 
 void register_peer(const std::string& name, Converter fn, const FrameSize& size, const Shape& shape,
                    Converter reference, const Check& check) {
-    benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
-        // Checked once per process; repetitions reuse the verdict.
-        static std::map<std::string, std::string> verdicts;
-        auto it = verdicts.find(name);
-        if (it == verdicts.end()) {
-            std::string verdict;
-            if (reference != nullptr)
-                verdict = compare_with_reference(fn, reference, size, shape, check);
-            it = verdicts.emplace(name, std::move(verdict)).first;
-        }
-        if (!it->second.empty()) {
-            state.SkipWithError(it->second.c_str());
-            return;
-        }
-        time_calls(state, fn, size, shape);
-    })->Unit(benchmark::kMillisecond);
+    Verdict verdict;
+    if (reference != nullptr)
+        verdict = [=] { return compare_with_reference(fn, reference, size, shape, check); };
+    register_call(name, call_of(fn, size, shape), size, shape.moved, -1, false, verdict);
+}
+
+size_t buffer_room(const FrameSize& size) {
+    return largest_frame(size) + kBufferSlack;
 }
 
 std::string memcpy_benchmark(const FrameSize& size, size_t bytes) {

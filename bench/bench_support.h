@@ -33,8 +33,8 @@ inline constexpr FrameSize kFrameSizes[] = {{1920, 1080}, {3840, 2160}};
 using cycbcr::Format;
 
 // Bytes of one frame of `f` at its natural pitch: packed 4:2:2 2 bytes a pixel,
-// I420 and YV12 1.5, P422 2, v210 a row of cycbcr::v210_row_size(width) bytes a
-// line.
+// I420, YV12 and NV12 1.5, P422 2, v210 a row of cycbcr::v210_row_size(width)
+// bytes a line, RGB its pixel bytes (2, 3 or 4).
 size_t frame_bytes(Format f, const FrameSize& size);
 
 // One source, one destination and one scratch buffer per frame size, large
@@ -52,6 +52,9 @@ struct Buffers {
     size_t bytes;      // usable bytes of each, slack excluded
 };
 Buffers& frame_buffers(const FrameSize& size);
+// What a call may touch of each shared buffer of `size`: the largest frame plus
+// the slack (a count only; nothing is allocated).
+size_t buffer_room(const FrameSize& size);
 
 // How a converter is called on the shared buffers: its two pitches, the size of
 // the destination frame, and the bytes it reads plus the bytes it writes in one
@@ -69,6 +72,22 @@ Shape natural_shape(Format from, Format to, const FrameSize& size);
 
 // Processor feature bit 23: AVX2 usable.
 bool avx2_usable();
+
+// One call over the shared buffers, whatever the argument list behind it: the
+// RGB converters add matrix and rgbType, peers take their planes one by one.
+using FrameCall = std::function<void(uint8_t* dst, const uint8_t* src)>;
+// A check run once, before the first timed loop of a benchmark: empty when the
+// benchmark may run, else why it is skipped.
+using Verdict = std::function<std::string()>;
+
+// Registers a benchmark that times `call` over the buffers of `size`, crediting
+// `moved` bytes a call, at the given processor level (or leaving the level alone
+// when `level` is negative). With `needs_avx2` it is skipped on processors
+// without AVX2; with `check`, when the check says so. register_converter and
+// register_peer below are this with the converter argument list.
+benchmark::internal::Benchmark* register_call(const std::string& name, FrameCall call,
+                                              const FrameSize& size, size_t moved, int level,
+                                              bool needs_avx2, Verdict check = {});
 
 // Registers a benchmark that runs `fn` over the buffers of `size` at the given
 // processor level (or leaves the level alone when `level` is negative). With
@@ -182,5 +201,6 @@ void register_byte_order_benchmarks();
 void register_v210_benchmarks();
 void register_packed_planar_benchmarks();
 void register_planar_copy_benchmarks();
+void register_to_rgb_benchmarks();
 
 }  // namespace cycbcr_bench

@@ -299,6 +299,13 @@ void add_ffmpeg_v210_note(const std::vector<FfmpegV210>& ffmpeg,
     register_codec(decode_call, false, kTinyFrame, benchmark::kMicrosecond);
 
     add_summary_note([=](std::FILE* out, const Medians& m) {
+        // Nothing when a filter left out every timed frame of either side.
+        bool timed = false;
+        for (size_t i = 0; i < ffmpeg.size(); ++i)
+            for (const std::string* name :
+                 {&ours_pack[i], &ours_unpack[i], &ffmpeg[i].encode, &ffmpeg[i].decode})
+                timed = timed || m.items_per_second(*name) != 0;
+        if (!timed) return;
         const unsigned version = avcodec_version();
         std::fprintf(out,
                      "\nFFmpeg v210, libavcodec %u.%u.%u (AVX2 code %s), one thread, send/receive "

@@ -12,6 +12,14 @@
 // widths 1 to 50, 1276, 1280 and 1920; heights 0 to 5 and 1080; natural,
 // padded and zero pitches; and, for the converters, in place. With --trace NAME
 // it prints one line per call of that function instead.
+//
+// The converters to RGB (and the UYVY-with-alpha ones) are called with their
+// matrix and rgbType: matrix 0 and RGB type 0 over all of the above, every
+// matrix 0 to 8 with every RGB layout, bottom-up or not, over short frames of a
+// few widths, at levels 1 and 6 as well (the image-library routes depend on the
+// level). The engines behind them get every source layout and depth they take.
+// The queries (buffer sizes, pitch rule, pair lookups) are hashed over every
+// format code and every name read.
 #include <dlfcn.h>
 
 #include <algorithm>
@@ -45,6 +53,19 @@ using Invert = void (*)(uint8_t*, unsigned, unsigned);
 using RowBytes = unsigned (*)(unsigned);
 using Transcode = unsigned (*)(uint8_t*, const uint8_t*, unsigned, unsigned, unsigned, unsigned,
                                uint32_t, uint32_t, unsigned, unsigned);
+using ToRgb = unsigned (*)(uint8_t*, const uint8_t*, unsigned, unsigned, unsigned, unsigned,
+                           uint32_t, uint32_t);
+using ToRgbAlpha = unsigned (*)(uint8_t*, const uint8_t*, const uint8_t*, unsigned, unsigned,
+                                unsigned, unsigned, uint32_t, uint32_t);
+using RgbEngine = unsigned (*)(uint8_t*, const uint8_t*, const uint8_t*, const uint8_t*, unsigned,
+                               unsigned, unsigned, unsigned, uint32_t, uint32_t, int32_t, unsigned,
+                               unsigned, unsigned);
+using FixPitch = unsigned (*)(unsigned, unsigned, unsigned);
+using BufferSizes = unsigned (*)(unsigned, unsigned, unsigned, unsigned, unsigned, unsigned,
+                                 uint64_t*, uint64_t*);
+using NamedBufferSizes = unsigned (*)(const char*, unsigned, unsigned, unsigned, unsigned, uint32_t,
+                                      uint32_t, uint64_t*, uint64_t*);
+using PairLookup = void* (*)(unsigned, unsigned);
 
 uint32_t* g_level = nullptr;
 RowBytes g_row_bytes = nullptr;
@@ -93,7 +114,8 @@ struct Buffers {
     }
 };
 
-enum class Kind { Packed, Planar, V210 };
+// Frames by how their rows are laid out; the RGB kinds by bytes a pixel.
+enum class Kind { Packed, Planar, V210, Rgb16, Rgb24, Rgb32, Rgb48, Rgb64 };
 struct FormatName {
     const char* name;
     Kind kind;
@@ -110,6 +132,16 @@ unsigned natural(Kind k, unsigned w) {
             return w;
         case Kind::V210:
             return g_row_bytes(w);
+        case Kind::Rgb16:
+            return 2 * w;
+        case Kind::Rgb24:
+            return 3 * w;
+        case Kind::Rgb32:
+            return 4 * w;
+        case Kind::Rgb48:
+            return 6 * w;
+        case Kind::Rgb64:
+            return 8 * w;
     }
     return 0;
 }
@@ -128,7 +160,9 @@ std::vector<unsigned> widths() {
     return out;
 }
 constexpr unsigned kHeights[] = {0, 1, 2, 3, 4, 5, 1080};
-constexpr uint32_t kLevels[] = {0xFFFFFFFEu, 0, 4, 5};
+const std::vector<uint32_t> kLevels = {0xFFFFFFFEu, 0, 4, 5};
+// The RGB routes also differ at levels 1 and 6.
+const std::vector<uint32_t> kRgbLevels = {0xFFFFFFFEu, 0, 1, 4, 5, 6};
 
 // Pitch variants: natural, padded, one of each, zero. Tall frames only the first two.
 std::vector<Geometry> geometries(Kind dst, Kind src) {
@@ -140,6 +174,23 @@ std::vector<Geometry> geometries(Kind dst, Kind src) {
             out.push_back({w, h, dn, sn});
             out.push_back({w, h, dpd, spd});
             if (h == 1080) continue;
+            out.push_back({w, h, dn, spd});
+            out.push_back({w, h, dpd, sn});
+            out.push_back({w, h, 0, 0});
+        }
+    return out;
+}
+
+// Short frames for the sweeps over matrices and layouts: widths around the
+// vector steps and one wide row, heights 0 to 3 and 5, the same pitch variants.
+std::vector<Geometry> short_geometries(Kind dst, Kind src) {
+    std::vector<Geometry> out;
+    for (unsigned w : {1u, 2u, 3u, 5u, 8u, 15u, 16u, 17u, 31u, 32u, 33u, 48u, 50u, 1276u})
+        for (unsigned h : {0u, 1u, 2u, 3u, 5u}) {
+            const unsigned dn = natural(dst, w), sn = natural(src, w);
+            const unsigned dpd = padded(dst, w), spd = padded(src, w);
+            out.push_back({w, h, dn, sn});
+            out.push_back({w, h, dpd, spd});
             out.push_back({w, h, dn, spd});
             out.push_back({w, h, dpd, sn});
             out.push_back({w, h, 0, 0});
@@ -179,11 +230,11 @@ void fold(Tally& t, const std::string& name, const Geometry& g, uint32_t level,
 
 // Runs body(buffers, geometry, variant) at every level and geometry, folding each.
 template <class Body>
-void sweep(Tally& t, const std::string& name, Kind dst, Kind src, Body&& body,
-           bool tallToo = true) {
-    for (const Geometry& g : geometries(dst, src)) {
+void sweep_over(Tally& t, const std::string& name, const std::vector<Geometry>& shapes,
+                const std::vector<uint32_t>& levels, Body&& body, bool tallToo = true) {
+    for (const Geometry& g : shapes) {
         if (!tallToo && g.h == 1080) continue;
-        for (uint32_t level : kLevels) {
+        for (uint32_t level : levels) {
             Buffers b(buffer_bytes(g));
             *g_level = level;
             std::string variant;
@@ -191,6 +242,11 @@ void sweep(Tally& t, const std::string& name, Kind dst, Kind src, Body&& body,
             fold(t, name, g, level, variant, b, r);
         }
     }
+}
+template <class Body>
+void sweep(Tally& t, const std::string& name, Kind dst, Kind src, Body&& body,
+           bool tallToo = true) {
+    sweep_over(t, name, geometries(dst, src), kLevels, body, tallToo);
 }
 
 bool parse_pair(const std::string& name, const FormatName*& from, const FormatName*& to,
@@ -238,6 +294,238 @@ Packed packed(int shape, uint8_t* p) {
         default:
             return {p + 1, p + 2, p};
     }
+}
+
+uint32_t code(const char* s) {
+    return uint32_t(uint8_t(s[0])) | uint32_t(uint8_t(s[1])) << 8 | uint32_t(uint8_t(s[2])) << 16 |
+           uint32_t(uint8_t(s[3])) << 24;
+}
+
+// ------------------------------------------------------------------------
+// YCbCr to RGB: the converters with matrix and rgbType, the UYVY-with-alpha
+// converters and the engines.
+
+constexpr uint32_t kMatrices[] = {0, 1, 2, 3, 4, 5, 6, 7, 8};
+// B, G, R, A; A, B, G, R; R, G, B, A; A, R, G, B; a stray layout (R, G, B, A);
+// bottom-up B, G, R, A and R, G, B, A.
+constexpr uint32_t kRgbTypes[] = {0, 1, 2, 3, 4, 0x8000, 0x8002};
+
+struct RgbName {
+    const char* name;
+    Kind kind;
+};
+constexpr RgbName kRgbSources[] = {
+    {"uyvy", Kind::Packed}, {"yuy2", Kind::Packed}, {"yvyu", Kind::Packed}, {"cyuv", Kind::Packed},
+    {"i420", Kind::Planar}, {"yv12", Kind::Planar}, {"p422", Kind::Planar}, {"nv12", Kind::Planar}};
+constexpr RgbName kRgbDepths[] = {{"rgb555", Kind::Rgb16},
+                                  {"rgb565", Kind::Rgb16},
+                                  {"rgb24", Kind::Rgb24},
+                                  {"rgb32", Kind::Rgb32}};
+
+// cycbcr_<source>_to_<rgb>, or its _avx2 form.
+bool parse_rgb(const std::string& name, Kind& dst, Kind& src) {
+    for (const auto& f : kRgbSources)
+        for (const auto& d : kRgbDepths) {
+            const std::string stem = std::string("cycbcr_") + f.name + "_to_" + d.name;
+            if (name == stem || name == stem + "_avx2") {
+                dst = d.kind;
+                src = f.kind;
+                return true;
+            }
+        }
+    return false;
+}
+
+// call(buffers, geometry, matrix, rgbType) over every geometry with matrix 0 and
+// RGB type 0, then over the short frames with every matrix and RGB type.
+template <class Call>
+void rgb_sweeps(Tally& t, const std::string& name, Kind dst, Kind src, Call&& call) {
+    sweep_over(t, name, geometries(dst, src), kRgbLevels,
+               [&](Buffers& b, const Geometry& g, std::string& v) {
+                   v = "matrix 0 type 0";
+                   return call(b, g, 0u, 0u);
+               });
+    const std::vector<Geometry> shapes = short_geometries(dst, src);
+    for (uint32_t m : kMatrices)
+        for (uint32_t type : kRgbTypes) {
+            if (m == 0 && type == 0) continue;
+            sweep_over(t, name, shapes, kRgbLevels,
+                       [&](Buffers& b, const Geometry& g, std::string& v) {
+                           v = "matrix " + std::to_string(m) + " type " + std::to_string(type);
+                           return call(b, g, m, type);
+                       });
+        }
+}
+
+// The engines' destinations by depth: 8-bit channels (15 and 16 bits a pixel
+// in 2 bytes), or 16-bit channels (24 and 48: three words, 32 and 64: four).
+Kind engine_dst(bool wide, unsigned depth) {
+    if (wide) return depth == 24 || depth == 48 ? Kind::Rgb48 : Kind::Rgb64;
+    if (depth == 15 || depth == 16) return Kind::Rgb16;
+    return depth == 24 ? Kind::Rgb24 : Kind::Rgb32;
+}
+
+// matrix, rgbType pairs the engines are swept with on short frames.
+constexpr uint32_t kEngineCombos[][2] = {{0, 0}, {1, 0x8000}, {2, 2}, {5, 3}, {8, 0x8001}};
+
+bool run_rgb_function(void* sym, const std::string& name, Tally& t) {
+    Kind dk, sk;
+    if (parse_rgb(name, dk, sk)) {
+        auto fn = reinterpret_cast<ToRgb>(sym);
+        rgb_sweeps(t, name, dk, sk, [&](Buffers& b, const Geometry& g, uint32_t m, uint32_t type) {
+            return fn(b.dst, b.src, g.w, g.h, g.dp, g.sp, m, type);
+        });
+        return true;
+    }
+    if (name == "cycbcr_uyvy_to_rgb32_Alpha" || name == "cycbcr_uyvy_to_rgb32_alpha_avx2") {
+        auto fn = reinterpret_cast<ToRgbAlpha>(sym);
+        // The alpha plane (width * height + 1 bytes) in the second half of the
+        // source buffer, past anything the packed frame reaches.
+        rgb_sweeps(t, name, Kind::Rgb32, Kind::Packed,
+                   [&](Buffers& b, const Geometry& g, uint32_t m, uint32_t type) {
+                       const uint8_t* alpha = b.src + b.bytes / 2;
+                       return fn(b.dst, b.src, alpha, g.w, g.h, g.dp, g.sp, m, type);
+                   });
+        return true;
+    }
+    const bool semi = name == "cycbcrBi_ToRGBInt";
+    const bool wide = name == "cycbcr_ToRGBInt16";
+    if (semi || wide || name == "cycbcr_ToRGB" || name == "cycbcr_ToRGBInt" ||
+        name == "cycbcr_ToRGBInt_avx2" || name == "cycbcr_ToRGBFloat") {
+        auto fn = reinterpret_cast<RgbEngine>(sym);
+        // Sources: the four packed shapes and the three planar layouts, as the
+        // entry points hand them over (planes by pitch * height, chroma pitch
+        // srcPitch / 2); the two-plane engine a Y plane and Cb, Cr pairs.
+        const int sources = semi ? 1 : 7;
+        const std::vector<unsigned> depths = wide ? std::vector<unsigned>{16, 24, 32, 48, 64}
+                                                  : std::vector<unsigned>{8, 15, 16, 24, 32};
+        for (int source = 0; source < sources; ++source)
+            for (unsigned depth : depths) {
+                const bool packedSource = !semi && source < 4;
+                const Kind sk = packedSource ? Kind::Packed : Kind::Planar;
+                const Kind dk = engine_dst(wide, depth);
+                const int32_t is422 = packedSource || source == 6 ? 1 : 0;
+                auto body = [&](Buffers& b, const Geometry& g, uint32_t m, uint32_t type) {
+                    const uint8_t *y, *cb, *cr;
+                    if (semi) {
+                        y = b.src;
+                        cb = b.src + size_t{g.sp} * g.h;
+                        cr = cb + 1;
+                    } else if (packedSource) {
+                        const Packed p = packed(source, b.src);
+                        y = p.y, cb = p.cb, cr = p.cr;
+                    } else {
+                        const Planes p = planes(source - 4, b.src, g.sp, g.h);
+                        y = p.y, cb = p.cb, cr = p.cr;
+                    }
+                    return fn(b.dst, y, cb, cr, g.w, g.h, g.dp, g.sp, m, type, is422,
+                              packedSource ? 0u : 1u, depth, g.sp / 2);
+                };
+                const std::string layout =
+                    "source " + std::to_string(source) + " depth " + std::to_string(depth);
+                // Tall frames at the widest depth only.
+                if (depth == depths.back())
+                    sweep_over(t, name, geometries(dk, sk), kRgbLevels,
+                               [&](Buffers& b, const Geometry& g, std::string& v) {
+                                   v = layout + " matrix 0 type 0";
+                                   return body(b, g, 0, 0);
+                               });
+                for (const auto& [m, type] : kEngineCombos)
+                    sweep_over(t, name, short_geometries(dk, sk), kRgbLevels,
+                               [&](Buffers& b, const Geometry& g, std::string& v) {
+                                   v = layout + " matrix " + std::to_string(m) + " type " +
+                                       std::to_string(type);
+                                   return body(b, g, m, type);
+                               });
+            }
+        return true;
+    }
+    return false;
+}
+
+// ------------------------------------------------------------------------
+// The queries: pure functions of their arguments, hashed value by value.
+
+std::vector<std::string> g_names;  // every name read, for the query by name
+
+void mix(Tally& t, uint64_t v) {
+    t.hash = (t.hash ^ v) * 0x100000001B3ull;
+    ++t.calls;
+}
+void mix(Tally& t, const std::string& s) {
+    mix(t, hash_bytes(reinterpret_cast<const uint8_t*>(s.data()), s.size(), 0x51ED));
+}
+
+// Every accepted code, aliases and "422P" included, RGB (0) and one unknown.
+std::vector<uint32_t> query_codes() {
+    std::vector<uint32_t> out = {0, 0x12345678u};
+    for (const char* s : {"UYVY", "YUY2", "YVYU", "cyuv", "I420", "YV12", "P422", "422P", "v210",
+                          "012v", "2vuy", "IYUV", "NV12", "UYNV", "YUNV"})
+        out.push_back(code(s));
+    return out;
+}
+std::vector<unsigned> query_pitches(unsigned w) {
+    return {0, w, 2 * w, 3 * w, 4 * w, 2 * w + 36, g_row_bytes(w)};
+}
+
+// The exported name a returned function has in this build, or "null".
+std::string symbol_of(void* fn) {
+    if (fn == nullptr) return "null";
+    Dl_info info{};
+    if (dladdr(fn, &info) == 0 || info.dli_sname == nullptr) return "unnamed";
+    return info.dli_sname;
+}
+
+bool run_query(void* sym, const std::string& name, Tally& t) {
+    const std::vector<uint32_t> codes = query_codes();
+    const unsigned widths[] = {1, 2, 3, 5, 17, 48, 50, 1276, 1920};
+    const unsigned heights[] = {0, 1, 2, 3, 1080};
+    if (name == "cycbcr_fix_pitch") {
+        auto fn = reinterpret_cast<FixPitch>(sym);
+        for (uint32_t c : codes)
+            for (unsigned w : widths)
+                for (unsigned p : query_pitches(w)) mix(t, fn(c, w, p));
+        return true;
+    }
+    if (name == "cycbcr_buffer_sizes") {
+        auto fn = reinterpret_cast<BufferSizes>(sym);
+        for (uint32_t d : codes)
+            for (uint32_t s : codes)
+                for (unsigned w : widths)
+                    for (unsigned h : heights)
+                        for (unsigned dp : query_pitches(w))
+                            for (unsigned sp : query_pitches(w)) {
+                                uint64_t db = 1, sb = 1;
+                                mix(t, fn(d, s, w, h, dp, sp, &db, &sb));
+                                mix(t, db);
+                                mix(t, sb);
+                            }
+        return true;
+    }
+    if (name == "cycbcr_converter_buffer_sizes") {
+        auto fn = reinterpret_cast<NamedBufferSizes>(sym);
+        std::vector<std::string> names = g_names;
+        names.push_back("cycbcr_no_such_converter");
+        for (const std::string& n : names)
+            for (unsigned w : widths)
+                for (unsigned h : heights)
+                    for (unsigned dp : query_pitches(w))
+                        for (unsigned sp : query_pitches(w))
+                            for (const auto& [m, type] : kEngineCombos) {
+                                uint64_t db = 1, sb = 1;
+                                mix(t, fn(n.c_str(), w, h, dp, sp, m, type, &db, &sb));
+                                mix(t, db);
+                                mix(t, sb);
+                            }
+        return true;
+    }
+    if (name == "cycbcr_pair_converter" || name == "cycbcr_rgb_pair_converter") {
+        auto fn = reinterpret_cast<PairLookup>(sym);
+        for (uint32_t d : codes)
+            for (uint32_t s : codes) mix(t, symbol_of(fn(d, s)));
+        return true;
+    }
+    return false;
 }
 
 bool run_function(void* lib, const std::string& name, Tally& t) {
@@ -407,22 +695,18 @@ bool run_function(void* lib, const std::string& name, Tally& t) {
         auto fn = reinterpret_cast<Transcode>(sym);
         const char* codes[] = {"UYVY", "YUY2", "YVYU", "cyuv", "I420", "YV12", "P422",
                                "422P", "v210", "012v", "2vuy", "IYUV", "NV12"};
-        auto cc = [](const char* s) {
-            return uint32_t(uint8_t(s[0])) | uint32_t(uint8_t(s[1])) << 8 |
-                   uint32_t(uint8_t(s[2])) << 16 | uint32_t(uint8_t(s[3])) << 24;
-        };
         for (const char* s : codes)
             for (const char* d : codes)
                 sweep(
                     t, name, Kind::V210, Kind::V210,
                     [&](Buffers& b, const Geometry& g, std::string& v) {
                         v = std::string(s) + " to " + d;
-                        return fn(b.dst, b.src, g.w, g.h, g.dp, g.sp, 0, 0, cc(d), cc(s));
+                        return fn(b.dst, b.src, g.w, g.h, g.dp, g.sp, 0, 0, code(d), code(s));
                     },
                     false);
         return true;
     }
-    return false;
+    return run_rgb_function(sym, name, t) || run_query(sym, name, t);
 }
 
 }  // namespace
@@ -447,9 +731,10 @@ int main(int argc, char** argv) {
     const std::map<std::string, int> ignored = {
         {"gdwProcType", 0},      {"cycbcr_set_cpu", 0},       {"cycbcr_get_cpu", 0},
         {"cycbcr_cpu_flags", 0}, {"cycbcr_can_transcode", 0}, {"_Z9_fixPitchjjRj", 0}};
-    std::string name;
+    std::string word;
+    while (std::cin >> word) g_names.push_back(word);
     int unknown = 0;
-    while (std::cin >> name) {
+    for (const std::string& name : g_names) {
         if (ignored.count(name)) continue;
         if (!g_trace.empty() && name != g_trace) continue;
         Tally t;
