@@ -55,21 +55,18 @@ struct FamilyA {
 };
 
 template <Source S, RgbDepth D, RgbOrder O, bool AlphaPlane>
-void row_a(const RowArgs& a, const ToRgbRow<int32_t>& k, const RowKernel&) {
+void row_a(const RowArgs& a, const ToRgbRow<int32_t>& k) {
     convert_row<S, D, O, AlphaPlane>(a, FamilyA{k}, 255);
 }
 
-// The plain kernels of every rule, [source][depth][order][alpha plane].
-template <Source S, RgbDepth D, RgbOrder O>
-constexpr RowKernel kPlainA[2] = {{row_a<S, D, O, false>, nullptr},
-                                  {row_a<S, D, O, true>, nullptr}};
-
 template <Source S, RgbDepth D>
-const RowKernel& plain_by_order(RgbOrder o, bool alpha) {
-    return with_order(o, [&]<RgbOrder O>() -> const RowKernel& { return kPlainA<S, D, O>[alpha]; });
+PlainRow plain_by_order(RgbOrder o, bool alpha) {
+    return with_order(o, [&]<RgbOrder O>() -> PlainRow {
+        return alpha ? row_a<S, D, O, true> : row_a<S, D, O, false>;
+    });
 }
 template <Source S>
-const RowKernel& plain_by_depth(RgbDepth d, RgbOrder o, bool alpha) {
+PlainRow plain_by_depth(RgbDepth d, RgbOrder o, bool alpha) {
     switch (d) {
         case RgbDepth::Rgb555:
             return plain_by_order<S, RgbDepth::Rgb555>(o, alpha);
@@ -120,7 +117,7 @@ CYCBCR_INLINE uint32_t bytes_of_depth(uint32_t depth) {
 
 }  // namespace
 
-const RowKernel& plain_row_a(Source s, RgbDepth d, RgbOrder o, bool alphaPlane) {
+PlainRow plain_row_a(Source s, RgbDepth d, RgbOrder o, bool alphaPlane) {
     switch (s) {
         case Source::Packed:
             return plain_by_depth<Source::Packed>(d, o, alphaPlane);
@@ -142,10 +139,13 @@ uint32_t engine_a(const EngineArgs& e, Source s, const uint8_t* alpha, bool avx2
     const bool plane = alpha != nullptr;
     const bool stream = avx2 && store_for(e.dst, e.dstPitch, e.height) == Store::Stream32;
     const Format shape = s == Source::Packed ? packed_shape(e.y, e.cb, e.cr) : Format::Unknown;
-    const RowKernel* vector = avx2 ? avx2_row_a(s, shape, d, o, plane, stream) : nullptr;
-    const RowKernel& k = vector ? *vector : plain_row_a(s, d, o, plane);
+    const PlainRow plain = plain_row_a(s, d, o, plane);
+    const VectorRow vector = avx2 ? avx2_row_a(s, shape, d, o, plane, stream) : nullptr;
     const ToRgbRow<int32_t>& row = kFamilyA[e.matrix];
-    walk_frame(e, s, alpha, [&](const RowArgs& a) { k.fn(a, row, *k.tail); });
+    if (vector)
+        walk_frame(e, s, alpha, [&](const RowArgs& a) { vector(a, row, plain); });
+    else
+        walk_frame(e, s, alpha, [&](const RowArgs& a) { plain(a, row); });
     if (stream) finish_stores(Store::Stream32);
     return result;
 }

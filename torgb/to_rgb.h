@@ -21,9 +21,6 @@ enum class Source : uint8_t {
 
 // One row of pixel pairs. alpha, when the kernel takes an alpha plane, gives
 // each pixel's alpha byte; otherwise it is ignored and alpha is the maximum.
-// A vector kernel converts what it can and hands the rest of the row, pointers
-// advanced, to `tail`, the plain kernel of the same rule.
-struct RowKernel;
 struct RowArgs {
     uint8_t* dst;
     const uint8_t* y;
@@ -32,11 +29,11 @@ struct RowArgs {
     const uint8_t* alpha;
     uint32_t pairs;
 };
-using RowFn = void (*)(const RowArgs& a, const ToRgbRow<int32_t>& k, const RowKernel& tail);
-struct RowKernel {
-    RowFn fn;
-    const RowKernel* tail;  // the plain kernel a vector kernel finishes with
-};
+// A plain row kernel, and a vector one, which converts what it can and hands
+// the rest of the row, pointers advanced, to `tail`: the plain kernel of the
+// same rule.
+using PlainRow = void (*)(const RowArgs& a, const ToRgbRow<int32_t>& k);
+using VectorRow = void (*)(const RowArgs& a, const ToRgbRow<int32_t>& k, PlainRow tail);
 
 // Family A for one pixel pair: the chroma products once, then each luma.
 struct ChromaA {
@@ -81,9 +78,8 @@ CYCBCR_INLINE constexpr bool depth_of_bits(uint32_t bits, RgbDepth* d) {
 // kernels write with streaming stores and need rows 32-byte aligned. `packed`
 // is the byte order the packed sample pointers describe (frame/geometry.h
 // packed_shape), or Unknown.
-const RowKernel& plain_row_a(Source s, RgbDepth d, RgbOrder o, bool alphaPlane);
-const RowKernel* avx2_row_a(Source s, Format packed, RgbDepth d, RgbOrder o, bool alphaPlane,
-                            bool stream);
+PlainRow plain_row_a(Source s, RgbDepth d, RgbOrder o, bool alphaPlane);
+VectorRow avx2_row_a(Source s, Format packed, RgbDepth d, RgbOrder o, bool alphaPlane, bool stream);
 
 // The engine's arguments, as cycbcr_ToRGBInt takes them.
 struct EngineArgs {

@@ -18,7 +18,7 @@ namespace cycbcr::colour {
 namespace {
 
 // The float just above 1/10000.
-const float kTenThousandth = std::bit_cast<float>(0x38D1B718u);
+constexpr float kTenThousandth = std::bit_cast<float>(0x38D1B718u);
 
 struct Consts {
     __m256i yOffset;  // 16-bit lanes
@@ -216,7 +216,7 @@ CYCBCR_INLINE void store_block(uint8_t* d, const Channels& c, __m256i alpha) {
 }
 
 template <Source S, Fetch F, RgbDepth D, RgbOrder O, bool AlphaPlane, bool Stream>
-void row_a_avx2(const RowArgs& a, const ToRgbRow<int32_t>& k, const RowKernel& tail) {
+void row_a_avx2(const RowArgs& a, const ToRgbRow<int32_t>& k, PlainRow tail) {
     constexpr uint32_t lumaStep = S == Source::Packed ? 4 : 2;
     constexpr uint32_t chromaStep = S == Source::Packed ? 4 : S == Source::SemiPlanar ? 2 : 1;
     // Loads through separate packed or interleaved pointers reach a few bytes
@@ -240,22 +240,19 @@ void row_a_avx2(const RowArgs& a, const ToRgbRow<int32_t>& k, const RowKernel& t
         if constexpr (AlphaPlane) alpha += 16;
     }
     if (p == pairs) return;
-    tail.fn({dst, y, cb, cr, AlphaPlane ? alpha : nullptr, pairs - p}, k, tail);
+    tail({dst, y, cb, cr, AlphaPlane ? alpha : nullptr, pairs - p}, k);
 }
 
-template <Source S, Fetch F, RgbDepth D, RgbOrder O, bool AlphaPlane, bool Stream>
-const RowKernel kAvx2 = {row_a_avx2<S, F, D, O, AlphaPlane, Stream>,
-                         &plain_row_a(S, D, O, AlphaPlane)};
-
 template <Source S, Fetch F, RgbDepth D>
-const RowKernel* by_order(RgbOrder o, bool alpha, bool stream) {
-    return with_order(o, [&]<RgbOrder O>() -> const RowKernel* {
-        if (stream) return alpha ? &kAvx2<S, F, D, O, true, true> : &kAvx2<S, F, D, O, false, true>;
-        return alpha ? &kAvx2<S, F, D, O, true, false> : &kAvx2<S, F, D, O, false, false>;
+VectorRow by_order(RgbOrder o, bool alpha, bool stream) {
+    return with_order(o, [&]<RgbOrder O>() -> VectorRow {
+        if (stream)
+            return alpha ? row_a_avx2<S, F, D, O, true, true> : row_a_avx2<S, F, D, O, false, true>;
+        return alpha ? row_a_avx2<S, F, D, O, true, false> : row_a_avx2<S, F, D, O, false, false>;
     });
 }
 template <Source S, Fetch F>
-const RowKernel* by_depth(RgbDepth d, RgbOrder o, bool alpha, bool stream) {
+VectorRow by_depth(RgbDepth d, RgbOrder o, bool alpha, bool stream) {
     switch (d) {
         case RgbDepth::Rgb555:
             return by_order<S, F, RgbDepth::Rgb555>(o, alpha, stream);
@@ -273,8 +270,8 @@ const RowKernel* by_depth(RgbDepth d, RgbOrder o, bool alpha, bool stream) {
 
 }  // namespace
 
-const RowKernel* avx2_row_a(Source s, Format packed, RgbDepth d, RgbOrder o, bool alphaPlane,
-                            bool stream) {
+VectorRow avx2_row_a(Source s, Format packed, RgbDepth d, RgbOrder o, bool alphaPlane,
+                     bool stream) {
     switch (s) {
         case Source::Packed:
             switch (packed) {
