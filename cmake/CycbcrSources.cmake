@@ -6,6 +6,8 @@ set(CYCBCR_SOURCES
     platform/memory.cpp
     platform/memory_avx2.cpp
     platform/imaging.cpp
+    platform/imaging_colour.cpp
+    platform/imaging_colour_avx2.cpp
     frame/formats.cpp
     frame/proc_level.cpp
     frame/dispatch.cpp

@@ -1,31 +1,14 @@
 #include "platform/imaging.h"
 
 #include <cstddef>
-#include <initializer_list>
 
 #include "frame/geometry.h"
 #include "frame/row_walk.h"
+#include "platform/imaging_internal.h"
 #include "ycbcr8/packed_rows.h"
 
 namespace cycbcr::ipp {
 namespace {
-
-// Checks in the library's order: pointers, then size, then steps.
-template <size_t N>
-IppStatus check(const void* const (&ptrs)[N], IppiSize roi, int minW, int minH,
-                std::initializer_list<int> steps) {
-    for (const void* p : ptrs)
-        if (p == nullptr) return ippStsNullPtrErr;
-    if (roi.width < minW || roi.height < minH) return ippStsSizeErr;
-    for (int s : steps)
-        if (s <= 0) return ippStsStepErr;
-    return ippStsNoErr;
-}
-
-// Rows `step` bytes apart, as the library's steps are given.
-Rows rows_of(const void* p, int step) {
-    return rows_down(p, static_cast<size_t>(step));
-}
 
 template <Format Order>
 IppStatus packed_to_planes(const Ipp8u* src, int srcStep, Ipp8u* dst[3], int dstStep[3],
