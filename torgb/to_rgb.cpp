@@ -140,7 +140,8 @@ uint32_t engine_a(const EngineArgs& e, Source s, const uint8_t* alpha, bool avx2
     const bool stream = avx2 && store_for(e.dst, e.dstPitch, e.height) == Store::Stream32;
     const Format shape = s == Source::Packed ? packed_shape(e.y, e.cb, e.cr) : Format::Unknown;
     const PlainRow plain = plain_row_a(s, d, o, plane);
-    const VectorRow vector = avx2 ? avx2_row_a(s, shape, d, o, plane, stream) : nullptr;
+    const bool paired = s == Source::SemiPlanar && e.cr == e.cb + 1;
+    const VectorRow vector = avx2 ? avx2_row_a(s, shape, paired, d, o, plane, stream) : nullptr;
     const ToRgbRow<int32_t>& row = kFamilyA[e.matrix];
     if (vector)
         walk_frame(e, s, alpha, [&](const RowArgs& a) { vector(a, row, plain); });
@@ -466,6 +467,17 @@ unsigned int to_rgb(uint8_t* dst, const uint8_t* src, unsigned int width, unsign
     const EngineArgs e = engine_args<From>(dst, src, width, height, dstPitch, srcPitch, matrix,
                                            rgbType, depth_bits(To));
     if constexpr (From == Format::NV12) return call_engine(cycbcrBi_ToRGBInt, e);
+    if constexpr (info(From).bottom_up) {
+        // Converting and then turning the frame over moves each converted row r
+        // to row height - 1 - r, padding included. Rows without padding get
+        // the same bytes in one pass by writing them in the other direction.
+        const size_t row = (size_t{width} / 2 + width % 2) * 2 * ((depth_bits(To) + 1) / 8);
+        if (dstPitch == row) {
+            EngineArgs flipped = e;
+            flipped.rgbType ^= kBottomUp;
+            return call_engine(cycbcr_ToRGB, flipped);
+        }
+    }
     const uint32_t result = call_engine(cycbcr_ToRGB, e);
     if constexpr (info(From).bottom_up) cycbcr_invert(dst, dstPitch, height);
     return result;

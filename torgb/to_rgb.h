@@ -77,9 +77,11 @@ CYCBCR_INLINE constexpr bool depth_of_bits(uint32_t bits, RgbDepth* d) {
 // AVX2 file has none; the AVX2 kernels need a processor with AVX2). `stream`
 // kernels write with streaming stores and need rows 32-byte aligned. `packed`
 // is the byte order the packed sample pointers describe (frame/geometry.h
-// packed_shape), or Unknown.
+// packed_shape), or Unknown; `pairedChroma` says interleaved chroma has Cr
+// right after Cb.
 PlainRow plain_row_a(Source s, RgbDepth d, RgbOrder o, bool alphaPlane);
-VectorRow avx2_row_a(Source s, Format packed, RgbDepth d, RgbOrder o, bool alphaPlane, bool stream);
+VectorRow avx2_row_a(Source s, Format packed, bool pairedChroma, RgbDepth d, RgbOrder o,
+                     bool alphaPlane, bool stream);
 
 // The engine's arguments, as cycbcr_ToRGBInt takes them.
 struct EngineArgs {

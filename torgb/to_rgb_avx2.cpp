@@ -47,13 +47,21 @@ struct Block {
 
 // How a block's samples are fetched: through the three pointers, or, for the
 // packed byte orders the engine's pointers usually describe, with one load of
-// eight whole pixel pairs from the pair's first byte.
-enum class Fetch : uint8_t { Pointers, Uyvy, Yuy2, Yvyu };
+// eight whole pixel pairs from the pair's first byte, or, for Cb, Cr pairs in
+// one plane (Cr right after Cb), with one load of eight pairs.
+enum class Fetch : uint8_t { Pointers, Uyvy, Yuy2, Yvyu, CbCrPairs };
 
 template <Source S, Fetch F>
 CYCBCR_INLINE Block load_block(const uint8_t* y, const uint8_t* cb, const uint8_t* cr) {
     const __m256i bias = _mm256_set1_epi16(128);
-    if constexpr (F != Fetch::Pointers) {
+    if constexpr (F == Fetch::CbCrPairs) {
+        const __m256i ly =
+            _mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(y)));
+        const __m128i swap = _mm_setr_epi8(1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14);
+        const __m128i crcb =
+            _mm_shuffle_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(cb)), swap);
+        return {ly, _mm256_sub_epi16(_mm256_cvtepu8_epi16(crcb), bias)};
+    } else if constexpr (F != Fetch::Pointers) {
         // Cr to the low half of each pair's 32-bit lane, Cb to the high half.
         constexpr int8_t b = F == Fetch::Uyvy ? 0 : 1, r = F == Fetch::Uyvy ? 2 : 3;
         constexpr int8_t cbAt = F == Fetch::Yvyu ? r : b, crAt = F == Fetch::Yvyu ? b : r;
@@ -270,8 +278,8 @@ VectorRow by_depth(RgbDepth d, RgbOrder o, bool alpha, bool stream) {
 
 }  // namespace
 
-VectorRow avx2_row_a(Source s, Format packed, RgbDepth d, RgbOrder o, bool alphaPlane,
-                     bool stream) {
+VectorRow avx2_row_a(Source s, Format packed, bool pairedChroma, RgbDepth d, RgbOrder o,
+                     bool alphaPlane, bool stream) {
     switch (s) {
         case Source::Packed:
             switch (packed) {
@@ -289,6 +297,8 @@ VectorRow avx2_row_a(Source s, Format packed, RgbDepth d, RgbOrder o, bool alpha
         case Source::SemiPlanar:
             break;
     }
+    if (pairedChroma)
+        return by_depth<Source::SemiPlanar, Fetch::CbCrPairs>(d, o, alphaPlane, stream);
     return by_depth<Source::SemiPlanar, Fetch::Pointers>(d, o, alphaPlane, stream);
 }
 
