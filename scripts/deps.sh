@@ -6,7 +6,8 @@ set -euo pipefail
 packages=(
     cmake ninja-build g++ pkgconf binutils python3
     libgtest-dev libgmock-dev libbenchmark-dev
-    libyuv-dev libavcodec-dev libavutil-dev
+    libyuv-dev libavcodec-dev libavutil-dev libswscale-dev
+    libpng-dev
 )
 
 if ! command -v dpkg-query >/dev/null 2>&1; then

@@ -57,11 +57,13 @@ struct PairOrder {
 void write_packed422(PairOrder order, bool bottom_up, uint32_t width, uint32_t height,
                      const FrameLayout& layout, std::span<uint8_t> frame) {
     // Every picture line is the same, so build one row and copy it.
+    // At an odd width the last pair's second pixel lies past the picture; it
+    // repeats the last pixel.
     std::vector<uint8_t> row(layout.pitch);
-    for (uint32_t x = 0; x + 1 < width; x += 2) {
+    for (uint32_t x = 0; x < width; x += 2) {
         // Chroma is sited with the even pixel of the pair.
         const YCbCr left = bar_colour(bar_at(x, width));
-        const YCbCr right = bar_colour(bar_at(x + 1, width));
+        const YCbCr right = x + 1 < width ? bar_colour(bar_at(x + 1, width)) : left;
         uint8_t* pair = row.data() + uint64_t{x} * 2;
         pair[order.y0] = left.y;
         pair[order.cb] = left.cb;
@@ -75,11 +77,12 @@ void write_packed422(PairOrder order, bool bottom_up, uint32_t width, uint32_t h
 }
 
 // Planar: the Y plane, then the two chroma planes in the format's order, each
-// chroma sample taking the colour of the even pixel of its pair.
+// chroma sample taking the colour of the even pixel of its pair. Odd sizes
+// have a chroma sample for the last, unpaired pixel and row.
 void write_planar(bool cr_first, bool full_height_chroma, uint32_t width, uint32_t height,
                   std::span<uint8_t> frame) {
-    const uint32_t chroma_width = width / 2;
-    const uint32_t chroma_height = full_height_chroma ? height : height / 2;
+    const uint32_t chroma_width = width / 2 + width % 2;
+    const uint32_t chroma_height = full_height_chroma ? height : height / 2 + height % 2;
     std::vector<uint8_t> y_row(width), cb_row(chroma_width), cr_row(chroma_width);
     for (uint32_t x = 0; x < width; ++x) y_row[x] = bar_colour(bar_at(x, width)).y;
     for (uint32_t k = 0; k < chroma_width; ++k) {

@@ -23,7 +23,8 @@ YCbCr bar_colour(int bar);
 YCbCr10 bar_colour10(int bar);
 
 // Writes the bars as one frame of the given format into frame, which holds
-// layout.frame_bytes bytes. Throws ToolError for a format it cannot write.
+// layout.frame_bytes bytes: frame_layout()'s or, at odd sizes,
+// source_layout()'s. Throws ToolError for a format it cannot write.
 void write_colour_bars(Format format, uint32_t width, uint32_t height, const FrameLayout& layout,
                        std::span<uint8_t> frame);
 

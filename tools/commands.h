@@ -14,5 +14,6 @@ std::string usage_text();
 int run_convert(Args args);
 int run_cpu(Args args);
 int run_formats(Args args);
+int run_preview(Args args);
 
 }  // namespace cycbcr_tool

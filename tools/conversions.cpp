@@ -153,6 +153,15 @@ bool command_converts(uint32_t from_code, uint32_t to_code) {
     return true;
 }
 
+bool library_converts_to_rgb32(uint32_t from_code) {
+    return cycbcr_rgb_pair_converter(CYCBCR_FOURCC_RGB32, from_code) != nullptr;
+}
+
+bool command_converts_to_rgb(uint32_t from_code) {
+    const FormatCode* from = find_code(from_code);
+    return from != nullptr && from->format != Format::RGB32 && command_lays_out(from->format);
+}
+
 FrameConverter::FrameConverter(const FormatCode& from, const FormatCode& to, uint32_t width,
                                uint32_t height)
     : width_(width), height_(height) {

@@ -19,13 +19,35 @@ bool library_converts(uint32_t from_code, uint32_t to_code);
 // formats, and the library has every converter of the pair's route.
 bool command_converts(uint32_t from_code, uint32_t to_code);
 
+// Whether the dispatcher converts the code to 32-bit RGB, as
+// cycbcr_rgb_pair_converter answers.
+bool library_converts_to_rgb32(uint32_t from_code);
+
+// Whether 'cycbcr convert' converts the code to RGB (every depth): any YCbCr
+// format it reads (see rgb_conversions.h).
+bool command_converts_to_rgb(uint32_t from_code);
+
+// Frames of one size and format in, frames of another out: a source frame to
+// fill, then convert() for the result.
+class Converter {
+  public:
+    virtual ~Converter() = default;
+
+    // The source frame, to fill before each convert().
+    virtual std::span<uint8_t> source() = 0;
+
+    // Converts the frame in source() and returns the destination frame, valid
+    // until the next call.
+    virtual std::span<const uint8_t> convert() = 0;
+};
+
 // Converts frames of one size from one code to another into the standard frame
 // of the destination format, through the library's own converters. How each
 // library call is made is settled once, here: at the natural pitches through
 // cycbcr_transcode where the converter keeps to the two frames, otherwise on
 // padded rows in working buffers (see conversions.cpp). Every buffer a
 // converter touches is as long as cycbcr_buffer_sizes says it needs.
-class FrameConverter {
+class FrameConverter : public Converter {
   public:
     // Throws ToolError when the command cannot convert the pair, or a frame of
     // this size of either format.
@@ -33,11 +55,11 @@ class FrameConverter {
 
     // The source frame, frame_layout(from).frame_bytes long, to fill before
     // each convert().
-    std::span<uint8_t> source();
+    std::span<uint8_t> source() override;
 
     // Converts the frame in source() and returns the destination frame,
     // frame_layout(to).frame_bytes long, valid until the next call.
-    std::span<const uint8_t> convert();
+    std::span<const uint8_t> convert() override;
 
   private:
     // One library call: frames_[i] to frames_[i + 1], both file frames.

@@ -1,95 +1,27 @@
 // cycbcr convert: raw frame files (or the built-in colour bars) from one format
-// to another.
+// to another, YCbCr or RGB.
 #include <cycbcr.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <cstdio>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
 #include "colour_bars.h"
+#include "command_options.h"
 #include "commands.h"
 #include "conversions.h"
 #include "formats.h"
 #include "frame_io.h"
+#include "rgb_conversions.h"
 #include "tool_error.h"
 
 namespace cycbcr_tool {
 namespace {
-
-struct ConvertOptions {
-    std::optional<std::string> from, to, size, in, out, level;
-};
-
-// Accepts "--name value" and "--name=value"; each option at most once.
-ConvertOptions parse_options(Args args) {
-    ConvertOptions options;
-    const struct {
-        std::string_view name;
-        std::optional<std::string> ConvertOptions::*field;
-    } known[] = {
-        {"--from", &ConvertOptions::from}, {"--to", &ConvertOptions::to},
-        {"--size", &ConvertOptions::size}, {"--in", &ConvertOptions::in},
-        {"--out", &ConvertOptions::out},   {"--level", &ConvertOptions::level},
-    };
-    for (size_t i = 0; i < args.size(); ++i) {
-        const std::string_view arg = args[i];
-        const size_t eq = arg.find('=');
-        const std::string_view name = arg.substr(0, eq);
-        std::optional<std::string> ConvertOptions::*field = nullptr;
-        for (const auto& k : known) {
-            if (k.name == name) field = k.field;
-        }
-        if (field == nullptr) {
-            throw ToolError("convert: unknown argument '" + std::string(arg) +
-                            "' (see cycbcr --help)");
-        }
-        std::string value;
-        if (eq != std::string_view::npos) {
-            value = arg.substr(eq + 1);
-        } else if (i + 1 < args.size()) {
-            value = args[++i];
-        } else {
-            throw ToolError("convert: " + std::string(name) + " needs a value");
-        }
-        if (options.*field) throw ToolError("convert: " + std::string(name) + " given twice");
-        if (value.empty()) throw ToolError("convert: " + std::string(name) + " needs a value");
-        options.*field = value;
-    }
-    if (!options.from) throw ToolError("convert: --from is required (see cycbcr --help)");
-    if (!options.to) throw ToolError("convert: --to is required (see cycbcr --help)");
-    if (options.in && !options.size) throw ToolError("convert: --size is required with --in");
-    return options;
-}
-
-const FormatCode& resolve_code(const std::string& text, bool destination) {
-    const std::optional<uint32_t> value = parse_code(text);
-    if (!value) {
-        throw ToolError("bad format code '" + text +
-                        "': expected four characters, 0x and hexadecimal digits, or a number");
-    }
-    const FormatCode* code = find_code(*value);
-    if (code == nullptr) {
-        char hex[16];
-        std::snprintf(hex, sizeof hex, "0x%08X", *value);
-        throw ToolError("unknown format code '" + text + "' (" + hex + ")");
-    }
-    if (destination && code->source_only) {
-        throw ToolError("format code '" + text + "' can only be a source; use " +
-                        format_name(code->format) + " as the destination");
-    }
-    return *code;
-}
-
-unsigned int parse_level(const std::string& text) {
-    if (text.size() == 1 && text[0] >= '0' && text[0] <= '6') {
-        return static_cast<unsigned int>(text[0] - '0');
-    }
-    throw ToolError("bad level '" + text + "': expected 0 to 6");
-}
 
 class Fnv1a64 {
   public:
@@ -142,39 +74,89 @@ class Progress {
     std::chrono::steady_clock::time_point last_ = start_;
 };
 
-}  // namespace
+// The converter of a request: to RGB when --to names an RGB depth (or the RGB
+// code 0), else between YCbCr formats. Throws for options that do not fit
+// the destination.
+struct Conversion {
+    std::unique_ptr<Converter> converter;
+    FrameLayout src_layout;
+    uint64_t dst_frame_bytes = 0;
+    std::string dst_text;
+};
 
-int run_convert(Args args) {
-    const ConvertOptions options = parse_options(args);
-    const FormatCode& from = resolve_code(*options.from, false);
-    const FormatCode& to = resolve_code(*options.to, true);
+Conversion make_conversion(const Options& options, const FormatCode& from, uint32_t width,
+                           uint32_t height) {
+    Conversion c;
+    const std::string to_text = *options.value("--to");
+    if (const std::optional<RgbDepth> depth = resolve_rgb(to_text)) {
+        if (from.format == Format::RGB32) {
+            throw ToolError("converting RGB to RGB is not supported (see cycbcr formats)");
+        }
+        const QBYCBCRMatrix matrix = matrix_option(options);
+        const QBYCBCRRgbType type = rgb_type_option(options);
+        c.src_layout = source_layout(from.format, width, height);
+        c.dst_frame_bytes = rgb_layout(*depth, width, height).frame_bytes;
+        c.converter = std::make_unique<RgbConverter>(from, *depth, width, height, matrix, type);
+        c.dst_text = rgb_depth_name(*depth);
+        return c;
+    }
+    for (const char* rgb_only : {"--matrix", "--rgb-type", "--bottom-up"}) {
+        if (options.has(rgb_only)) {
+            throw ToolError(std::string("convert: ") + rgb_only +
+                            " applies to RGB destinations only (rgb555, rgb565, rgb24, rgb32)");
+        }
+    }
+    const FormatCode& to = resolve_code(to_text, true);
     if (!library_converts(from.value, to.value)) {
         throw ToolError(std::string("converting ") + format_name(from.format) + " to " +
                         format_name(to.format) +
                         " is not supported by this build of the library (see cycbcr formats)");
     }
+    c.src_layout = frame_layout(from.format, width, height);
+    c.dst_frame_bytes = frame_layout(to.format, width, height).frame_bytes;
+    c.converter = std::make_unique<FrameConverter>(from, to, width, height);
+    c.dst_text = code_text(to.value);
+    return c;
+}
+
+}  // namespace
+
+int run_convert(Args args) {
+    const Options options(
+        "convert", args,
+        {"--from", "--to", "--size", "--in", "--out", "--level", "--matrix", "--rgb-type"},
+        {"--bottom-up"});
+    options.require("--from");
+    options.require("--to");
+    if (options.has("--in")) options.require("--size", "with --in");
+    const std::string from_text = *options.value("--from");
+    if (parse_rgb_depth(from_text)) {
+        throw ToolError("converting from RGB is not supported; 'cycbcr preview' reads RGB frames");
+    }
+    const FormatCode& from = resolve_code(from_text, false);
 
     uint32_t width = 1920;
     uint32_t height = 1080;
-    if (options.size) parse_size(*options.size, width, height);
-    const FrameLayout src_layout = frame_layout(from.format, width, height);
-    const FrameLayout dst_layout = frame_layout(to.format, width, height);
-    FrameConverter converter(from, to, width, height);
+    if (const std::optional<std::string> size = options.value("--size")) {
+        parse_size(*size, width, height);
+    }
+    Conversion conversion = make_conversion(options, from, width, height);
+    Converter& converter = *conversion.converter;
     const std::string size_text = std::to_string(width) + "x" + std::to_string(height);
     const std::span<uint8_t> src_frame = converter.source();
 
     std::optional<FrameReader> reader;
-    if (options.in) {
-        reader.emplace(*options.in, src_layout.frame_bytes,
+    if (const std::optional<std::string> in = options.value("--in")) {
+        reader.emplace(*in, conversion.src_layout.frame_bytes,
                        size_text + " " + format_name(from.format));
     } else {
-        write_colour_bars(from.format, width, height, src_layout, src_frame);
+        write_colour_bars(from.format, width, height, conversion.src_layout, src_frame);
     }
     // The level is settled before the first frame: some converters called
     // without the dispatcher leave the choice to a later call, and every
     // frame must take the same paths.
-    if (options.level) {
-        cycbcr_set_cpu(parse_level(*options.level));
+    if (const std::optional<std::string> level = options.value("--level")) {
+        cycbcr_set_cpu(parse_level(*level));
     } else {
         cycbcr_get_cpu(1);
     }
@@ -182,7 +164,7 @@ int run_convert(Args args) {
     // Opened last, so that every argument and input error comes before any
     // file is created.
     std::optional<AtomicOutput> output;
-    if (options.out) output.emplace(*options.out);
+    if (const std::optional<std::string> out = options.value("--out")) output.emplace(*out);
 
     Fnv1a64 checksum;
     uint64_t frames = 0;
@@ -202,9 +184,9 @@ int run_convert(Args args) {
         output->commit();
     } else {
         std::printf("%s -> %s %s: frames=%llu bytes=%llu fnv1a64=%016llx\n",
-                    code_text(from.value).c_str(), code_text(to.value).c_str(), size_text.c_str(),
+                    code_text(from.value).c_str(), conversion.dst_text.c_str(), size_text.c_str(),
                     static_cast<unsigned long long>(frames),
-                    static_cast<unsigned long long>(frames * dst_layout.frame_bytes),
+                    static_cast<unsigned long long>(frames * conversion.dst_frame_bytes),
                     static_cast<unsigned long long>(checksum.value()));
     }
     return 0;

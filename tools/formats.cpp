@@ -114,7 +114,7 @@ const char* format_description(Format format) {
         case Format::V210:
             return "packed 4:2:2, 10-bit, 6 pixels in 16 bytes, rows of 48-pixel blocks";
         case Format::RGB32:
-            return "RGB, 32 bits per pixel";
+            return "RGB, 4 bytes per pixel in the order --rgb-type gives";
     }
     return "?";
 }
@@ -157,7 +157,7 @@ const char* format_name(Format format) {
         case Format::V210:
             return "v210";
         case Format::RGB32:
-            return "RGB32";
+            return "rgb32";
     }
     return "?";
 }
@@ -234,6 +234,92 @@ FrameLayout frame_layout(Format format, uint32_t width, uint32_t height) {
     }
     const uint32_t pitch = natural_pitch(format, width);
     return {pitch, frame_extent(frame_planes(format, width, height, pitch))};
+}
+
+std::vector<PlaneRows> source_planes(Format format, uint32_t width, uint32_t height) {
+    switch (format) {
+        case Format::UYVY:
+        case Format::YUY2:
+        case Format::YVYU:
+        case Format::CYUV: {
+            const uint32_t pitch = (width / 2 + width % 2) * 4;
+            return {{0, pitch, pitch, height}};
+        }
+        case Format::V210:
+            return frame_planes(format, width, height, natural_pitch(format, width));
+        case Format::I420:
+        case Format::YV12:
+        case Format::P422: {
+            const uint32_t chroma_width = width / 2 + width % 2;
+            const uint32_t chroma_rows = format == Format::P422 ? height : height / 2 + height % 2;
+            const uint64_t luma = uint64_t{width} * height;
+            const uint64_t chroma = uint64_t{chroma_width} * chroma_rows;
+            return {{0, width, width, height},
+                    {luma, chroma_width, chroma_width, chroma_rows},
+                    {luma + chroma, chroma_width, chroma_width, chroma_rows}};
+        }
+        case Format::RGB32:
+            break;
+    }
+    throw ToolError(std::string("frames of ") + format_name(format) + " are not YCbCr frames");
+}
+
+FrameLayout source_layout(Format format, uint32_t width, uint32_t height) {
+    const std::vector<PlaneRows> planes = source_planes(format, width, height);
+    return {planes.front().pitch, frame_extent(planes)};
+}
+
+const char* rgb_depth_name(RgbDepth depth) {
+    switch (depth) {
+        case RgbDepth::Rgb555:
+            return "rgb555";
+        case RgbDepth::Rgb565:
+            return "rgb565";
+        case RgbDepth::Rgb24:
+            return "rgb24";
+        case RgbDepth::Rgb32:
+            return "rgb32";
+    }
+    return "?";
+}
+
+uint32_t rgb_pixel_bytes(RgbDepth depth) {
+    switch (depth) {
+        case RgbDepth::Rgb555:
+        case RgbDepth::Rgb565:
+            return 2;
+        case RgbDepth::Rgb24:
+            return 3;
+        case RgbDepth::Rgb32:
+            return 4;
+    }
+    return 0;
+}
+
+std::span<const RgbDepth> all_rgb_depths() {
+    static constexpr RgbDepth kDepths[] = {RgbDepth::Rgb555, RgbDepth::Rgb565, RgbDepth::Rgb24,
+                                           RgbDepth::Rgb32};
+    return kDepths;
+}
+
+std::optional<RgbDepth> parse_rgb_depth(std::string_view text) {
+    for (const RgbDepth depth : all_rgb_depths()) {
+        const std::string_view name = rgb_depth_name(depth);
+        if (name.size() != text.size()) continue;
+        bool same = true;
+        for (size_t i = 0; i < name.size(); ++i) {
+            const char c =
+                text[i] >= 'A' && text[i] <= 'Z' ? static_cast<char>(text[i] + 32) : text[i];
+            same = same && c == name[i];
+        }
+        if (same) return depth;
+    }
+    return std::nullopt;
+}
+
+FrameLayout rgb_layout(RgbDepth depth, uint32_t width, uint32_t height) {
+    const uint32_t pitch = width * rgb_pixel_bytes(depth);
+    return {pitch, uint64_t{pitch} * height};
 }
 
 void parse_size(std::string_view text, uint32_t& width, uint32_t& height) {

@@ -78,6 +78,35 @@ uint64_t frame_extent(std::span<const PlaneRows> planes);
 // Whether frame_layout() knows the format at all (for any size it accepts).
 bool command_lays_out(Format format);
 
+// The layout of a YCbCr frame of any size, as conversions to RGB and previews
+// read it. At even sizes it is frame_layout()'s. At odd ones the frame is laid
+// out as the usual raw-file convention has it: packed 4:2:2 rows hold whole
+// pixel pairs (ceil(width / 2) * 4 bytes, the last pair's second pixel lying
+// past the picture), planar chroma planes hold ceil(width / 2) samples a row
+// and ceil(height / 2) rows for 4:2:0 (all rows for P422), the planes back to
+// back after a Y plane of width x height. v210 takes every width as it is.
+// Throws ToolError for the RGB format.
+FrameLayout source_layout(Format format, uint32_t width, uint32_t height);
+
+// The planes of a frame laid out by source_layout(), in memory order.
+std::vector<PlaneRows> source_planes(Format format, uint32_t width, uint32_t height);
+
+// The RGB pixel sizes the command writes (and previews read). Frames have their
+// rows tightly packed: width * rgb_pixel_bytes() bytes each.
+enum class RgbDepth { Rgb555, Rgb565, Rgb24, Rgb32 };
+
+// "rgb555", "rgb565", "rgb24", "rgb32".
+const char* rgb_depth_name(RgbDepth depth);
+uint32_t rgb_pixel_bytes(RgbDepth depth);
+std::span<const RgbDepth> all_rgb_depths();
+
+// The depth named by text, compared without regard to case ("rgb24", "RGB24");
+// nullopt for any other text.
+std::optional<RgbDepth> parse_rgb_depth(std::string_view text);
+
+// The size of an RGB frame, rows tightly packed.
+FrameLayout rgb_layout(RgbDepth depth, uint32_t width, uint32_t height);
+
 // Parses "WxH" (both decimal, no signs or spaces); throws ToolError.
 void parse_size(std::string_view text, uint32_t& width, uint32_t& height);
 

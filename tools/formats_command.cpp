@@ -1,5 +1,7 @@
 // cycbcr formats: the accepted codes by format, and which pairs this build
-// converts, as the library itself answers.
+// converts, as the library itself answers, RGB destinations included.
+#include <cycbcr.h>
+
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -52,25 +54,48 @@ int run_formats(Args args) {
         std::printf("         %s\n", line.c_str());
     }
 
+    std::puts(
+        "\n  RGB destinations are named by depth: rgb555, rgb565, rgb24, rgb32 (code 0),\n"
+        "  in the layout --rgb-type gives (see cycbcr --help).");
+
+    // YCbCr columns, then one per RGB depth; the RGB format's own column is
+    // the rgb32 one.
+    std::vector<const FormatCodes*> ycbcr;
+    for (const FormatCodes& f : formats) {
+        if (f.format != Format::RGB32) ycbcr.push_back(&f);
+    }
     std::puts("\nConversions of this build (rows: source, columns: destination):\n");
     std::printf("  %-9s", "from\\to");
-    for (const FormatCodes& to : formats) std::printf(" %6s", format_name(to.format));
+    for (const FormatCodes* to : ycbcr) std::printf(" %6s", format_name(to->format));
+    for (const RgbDepth depth : all_rgb_depths()) std::printf(" %6s", rgb_depth_name(depth));
     std::putchar('\n');
     for (const FormatCodes& from : formats) {
         std::printf("  %-9s", format_name(from.format));
-        for (const FormatCodes& to : formats) {
+        const uint32_t from_code = from.codes.front()->value;
+        for (const FormatCodes* to : ycbcr) {
             const char* cell = "-";
-            const uint32_t from_code = from.codes.front()->value;
-            const uint32_t to_code = to.codes.front()->value;
+            const uint32_t to_code = to->codes.front()->value;
             if (library_converts(from_code, to_code)) {
                 cell = command_converts(from_code, to_code) ? "yes" : "lib";
+            } else if (cycbcr_rgb_pair_converter(to_code, from_code) != nullptr) {
+                cell = "lib";  // from RGB, which the command does not read
+            }
+            std::printf(" %6s", cell);
+        }
+        for (const RgbDepth depth : all_rgb_depths()) {
+            const char* cell = "-";
+            if (command_converts_to_rgb(from_code)) {
+                cell = "yes";
+            } else if (depth == RgbDepth::Rgb32 && library_converts_to_rgb32(from_code)) {
+                cell = "lib";
             }
             std::printf(" %6s", cell);
         }
         std::putchar('\n');
     }
     std::puts(
-        "\n  yes  converted by the library and by 'cycbcr convert'\n"
+        "\n  yes  converted by 'cycbcr convert' through the library's converters (v210 to\n"
+        "       RGB through YUY2: the library has no converter of its own for it)\n"
         "  lib  converted by the library; 'cycbcr convert' cannot read or write\n"
         "       one of the two formats yet, or lacks a converter of its route\n"
         "  -    not converted by this build of the library");

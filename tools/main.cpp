@@ -1,5 +1,6 @@
-// cycbcr: converts raw video frames between pixel formats with libcycbcr, and
-// reports what the library makes of this processor.
+// cycbcr: converts raw video frames between pixel formats with libcycbcr,
+// previews them as PNG pictures, and reports what the library makes of this
+// processor.
 #include <cstdio>
 #include <exception>
 #include <new>
@@ -8,6 +9,7 @@
 
 #include "commands.h"
 #include "formats.h"
+#include "rgb_layouts.h"
 #include "tool_error.h"
 
 namespace cycbcr_tool {
@@ -34,8 +36,10 @@ std::string code_list() {
 
 std::string usage_text() {
     return "usage:\n"
-           "  cycbcr convert --from CODE --to CODE [--size WxH] [--in FILE] [--out FILE]\n"
-           "                 [--level N]\n"
+           "  cycbcr convert --from CODE --to CODE|RGB [--size WxH] [--in FILE] [--out FILE]\n"
+           "                 [--matrix M] [--rgb-type T] [--bottom-up] [--level N]\n"
+           "  cycbcr preview --from CODE|RGB --out FILE.png [--size WxH] [--in FILE]\n"
+           "                 [--frame N] [--matrix M] [--rgb-type T] [--bottom-up] [--level N]\n"
            "  cycbcr formats\n"
            "  cycbcr cpu\n"
            "  cycbcr --help | --version\n"
@@ -50,6 +54,16 @@ std::string usage_text() {
            "         the processor level (0 to 6, see 'cycbcr cpu') before converting.\n"
            "         When stderr is a terminal, a conversion that runs longer than a\n"
            "         second shows the frames done there (nothing in logs or pipes).\n"
+           "         RGB destinations: --to rgb555, rgb565, rgb24 or rgb32 (or the code 0),\n"
+           "         from any YCbCr format, with --matrix (default 601) and --rgb-type\n"
+           "         (default bgra); these options apply to RGB destinations only.\n"
+           "preview  Writes one frame (--frame N, counted from 0; default 0) as an 8-bit RGB\n"
+           "         PNG file for a person to look at. The source is any format convert\n"
+           "         reads, or an RGB frame as convert writes it: --from rgb555, rgb565,\n"
+           "         rgb24 or rgb32 with the --rgb-type (and --bottom-up) it was written\n"
+           "         with. YCbCr goes through the library's converter to rgb24 with\n"
+           "         --matrix (default 601). Without --in: the built-in colour bars. The\n"
+           "         PNG file appears only once complete; on any error none is written.\n"
            "formats  Lists the format codes and the pairs this build converts.\n"
            "cpu      Prints the processor feature bits and levels the library goes by.\n"
            "\n"
@@ -59,12 +73,22 @@ std::string usage_text() {
            "leave unwritten). I420 and YV12: a Y plane, then chroma planes of\n"
            "width/2 x height/2 (YV12: Cr first), even widths and heights. P422: chroma\n"
            "planes of width/2 x height, even widths. v210: any width, rows of\n"
-           "ceil(width / 48) * 128 bytes. RGB frames are not read or written yet.\n"
+           "ceil(width / 48) * 128 bytes. RGB: width * 2 (rgb555, rgb565), 3 or 4 bytes\n"
+           "per row, any size.\n"
+           "Converted to RGB or previewed, YCbCr frames may also have odd sizes, laid\n"
+           "out as is usual for raw files: packed rows of whole pairs, ceil(width / 2) *\n"
+           "4 bytes (the last pair's second pixel is not shown), chroma planes of\n"
+           "ceil(width / 2) x ceil(height / 2) (4:2:0) or ceil(width / 2) x height (P422).\n"
            "\n"
            "A CODE is four characters (case matters: yuv2 and yuV2 differ), a hexadecimal\n"
            "number with 0x, or a decimal number (0 is RGB). Known codes:\n" +
            code_list() +
            "\n\n"
+           "Colour matrices (--matrix, by number or name), for YCbCr in the studio range:\n" +
+           matrix_help() +
+           "RGB layouts (--rgb-type, by name or number, e.g. rgba,bottom-up or 0x8002):\n" +
+           rgb_type_help() +
+           "\n"
            "Which pairs convert: see 'cycbcr formats'. The files written hold standard\n"
            "frames of the destination format at every width. Pairs whose library\n"
            "converter exchanges Cb and Cr (YVYU <-> UYVY, YVYU <-> cyuv, I420 or YV12\n"
@@ -74,6 +98,14 @@ std::string usage_text() {
            "or writes are padded to 48 pixels in working buffers and copied in or out.\n"
            "v210 -> UYVY rounds each 10-bit sample to 8 bits, saturating at 255,\n"
            "except at level 5 (AVX2), where 1022 and 1023 wrap to 0.\n"
+           "RGB is written by the library's 8-bit engine (each channel truncated, not\n"
+           "rounded; each pixel pair takes its pair's chroma, 4:2:0 chroma row k serves\n"
+           "rows 2k and 2k + 1) at every level: converters are called on whole pixel\n"
+           "pairs (and 4:2:0 row pairs) in working buffers and width pixels of each row\n"
+           "copied out; UYVY to rgb24 and rgb32 goes through YUY2, whose converters keep the\n"
+           "layout and matrix asked for at every level; I420 and YV12 to bgra rgb32 are\n"
+           "converted bottom-up and turned over, off the library's BT.601/BT.709-only\n"
+           "rounding path; v210 goes through YUY2 (samples truncated to 8 bits).\n"
            "\n"
            "Exit status: 0 on success, 2 on any error.\n";
 }
@@ -96,6 +128,7 @@ int main(int argc, char** argv) {
         if (args[0] == "convert") return run_convert(rest);
         if (args[0] == "cpu") return run_cpu(rest);
         if (args[0] == "formats") return run_formats(rest);
+        if (args[0] == "preview") return run_preview(rest);
         throw ToolError("unknown command '" + std::string(args[0]) + "' (see cycbcr --help)");
     } catch (const ToolError& e) {
         std::fprintf(stderr, "cycbcr: %s\n", e.what());

@@ -1,9 +1,11 @@
 #!/usr/bin/env python3
 """End-to-end checks of the cycbcr command: the built-in frames, the codes and
 their aliases, files, pipes and outputs, the rounding rules a level selects,
-the pair listing against what convert does, and the refusal of every bad
-request with status 2 and no file left behind. (Every pair's frames are read
-back by FFmpeg in standard_frames_test.)
+the pair listing against what convert does, RGB output and its options, PNG
+previews (read back with zlib alone), and the refusal of every bad request
+with status 2 and no file left behind. (Every pair's frames are read back by
+FFmpeg in standard_frames_test; the RGB frames of every format, matrix and
+layout are checked against FFmpeg in rgb_frames_test.)
 
 Usage: tool_test.py PATH_TO_CYCBCR [unittest arguments]
 """
@@ -18,6 +20,7 @@ import tempfile
 import threading
 import time
 import unittest
+import zlib
 
 TOOL = None
 
@@ -29,10 +32,16 @@ BARS_75 = [(180, 128, 128), (162, 44, 142), (131, 156, 44), (112, 72, 58),
 BARS_75_10 = [(721, 512, 512), (646, 176, 567), (525, 625, 176), (450, 289, 231),
               (335, 735, 793), (260, 399, 848), (139, 848, 457), (64, 512, 512)]
 
-FORMATS = ["UYVY", "YUY2", "YVYU", "cyuv", "I420", "YV12", "P422", "v210", "RGB32"]
+YCBCR = ["UYVY", "YUY2", "YVYU", "cyuv", "I420", "YV12", "P422", "v210"]
+RGB_DEPTHS = ["rgb555", "rgb565", "rgb24", "rgb32"]
+# The pair table: a row per format (RGB last), a column per YCbCr format and
+# per RGB depth.
+ROWS = YCBCR + ["rgb32"]
+COLUMNS = YCBCR + RGB_DEPTHS
 # The code to name each format by on the command line.
-FORMAT_CODE = {f: f for f in FORMATS}
-FORMAT_CODE["RGB32"] = "0"
+FORMAT_CODE = {f: f for f in COLUMNS}
+FORMAT_CODE["rgb32"] = "0"
+PIXEL_BYTES = {"rgb555": 2, "rgb565": 2, "rgb24": 3, "rgb32": 4}
 
 
 def run(*args, stdin=None):
@@ -95,6 +104,82 @@ def v210_row(samples, width):
     return bytes(out).ljust(v210_row_bytes(width), b"\0")
 
 
+def studio_to_rgb(y, cb, cr, kr=0.299, kb=0.114):
+    """Full-range R, G, B of studio-range Y, Cb, Cr as the standards write it
+    (the default BT.601 weights), unrounded and saturated."""
+    kg = 1 - kr - kb
+    l = (y - 16) * 255 / 219
+    u, v = (cb - 128) * 255 / 224, (cr - 128) * 255 / 224
+    rgb = (l + 2 * (1 - kr) * v, l - 2 * (1 - kb) * kb / kg * u - 2 * (1 - kr) * kr / kg * v,
+           l + 2 * (1 - kb) * u)
+    return [min(max(c, 0.0), 255.0) for c in rgb]
+
+
+def bars_rgb(width, ten_bit=False):
+    """One row of the built-in bars as R, G, B per pixel: each pixel's Y, the
+    chroma of the even pixel of its pair (v210's 10-bit samples truncated to 8
+    bits, as the command documents)."""
+    bars = [tuple(v >> 2 for v in bar) for bar in BARS_75_10] if ten_bit else BARS_75
+    row = []
+    for x in range(width):
+        y = bars[x * 8 // width][0]
+        _, cb, cr = bars[(x - x % 2) * 8 // width]
+        row.append(studio_to_rgb(y, cb, cr))
+    return row
+
+
+def png_chunks(data):
+    """(type, body) of every chunk, each CRC checked."""
+    assert data[:8] == b"\x89PNG\r\n\x1a\n", "no PNG signature"
+    chunks, at = [], 8
+    while at < len(data):
+        length = int.from_bytes(data[at:at + 4], "big")
+        kind, body = data[at + 4:at + 8], data[at + 8:at + 8 + length]
+        crc = int.from_bytes(data[at + 8 + length:at + 12 + length], "big")
+        assert zlib.crc32(kind + body) == crc, f"bad CRC in {kind}"
+        chunks.append((kind.decode("ascii"), body))
+        at += 12 + length
+    return chunks
+
+
+def read_png(data):
+    """(width, height, R G B rows) of an 8-bit RGB PNG, read with zlib alone
+    (filters undone as the PNG format defines them)."""
+    chunks = png_chunks(data)
+    assert chunks[0][0] == "IHDR" and chunks[-1][0] == "IEND", [c[0] for c in chunks]
+    ihdr = chunks[0][1]
+    width, height = int.from_bytes(ihdr[0:4], "big"), int.from_bytes(ihdr[4:8], "big")
+    depth, colour, _, _, interlace = ihdr[8:13]
+    assert (depth, colour, interlace) == (8, 2, 0), (depth, colour, interlace)
+    raw = zlib.decompress(b"".join(body for kind, body in chunks if kind == "IDAT"))
+    stride = width * 3
+    assert len(raw) == height * (stride + 1), len(raw)
+    rows, prev = [], bytearray(stride)
+    for r in range(height):
+        kind = raw[r * (stride + 1)]
+        line = bytearray(raw[r * (stride + 1) + 1:(r + 1) * (stride + 1)])
+        for i in range(stride):
+            a = line[i - 3] if i >= 3 else 0
+            b = prev[i]
+            c = prev[i - 3] if i >= 3 else 0
+            if kind == 1:
+                line[i] = (line[i] + a) & 255
+            elif kind == 2:
+                line[i] = (line[i] + b) & 255
+            elif kind == 3:
+                line[i] = (line[i] + (a + b) // 2) & 255
+            elif kind == 4:
+                p = a + b - c
+                pa, pb, pc = abs(p - a), abs(p - b), abs(p - c)
+                pred = a if pa <= pb and pa <= pc else b if pb <= pc else c
+                line[i] = (line[i] + pred) & 255
+            else:
+                assert kind == 0, f"filter {kind}"
+        rows.append(bytes(line))
+        prev = line
+    return width, height, b"".join(rows)
+
+
 def chosen_level():
     res = run("cpu")
     return int(re.search(r"^chosen level: +(\d)", res.stdout.decode(), re.M).group(1))
@@ -125,6 +210,17 @@ class ToolCase(unittest.TestCase):
 
     def random_bytes(self, n):
         return bytes(self.rng.getrandbits(8) for _ in range(n))
+
+    def assert_bars(self, pixels):
+        """The R, G, B of one pixel of each of the eight 75% bars: 191 (0.75 *
+        255) in the lit channels, 0 in the others; the 8-bit samples and the
+        library's truncation give 190 to 192."""
+        lit = [(1, 1, 1), (1, 1, 0), (0, 1, 1), (0, 1, 0), (1, 0, 1), (1, 0, 0), (0, 0, 1),
+               (0, 0, 0)]
+        self.assertEqual(len(pixels), len(lit))
+        for pixel, on in zip(pixels, lit):
+            for got, want in zip(pixel, on):
+                self.assertLessEqual(abs(got - 191 * want), 1, (list(pixel), on))
 
     def convert(self, src, dst, size, data, *extra):
         """Converts data through files and returns the output bytes."""
@@ -329,19 +425,20 @@ class FormatListing(ToolCase):
         lines = text.splitlines()
         head = next(i for i, l in enumerate(lines) if l.split()[:1] == ["from\\to"])
         columns = lines[head].split()[1:]
-        self.assertEqual(columns, FORMATS)
+        self.assertEqual(columns, COLUMNS)
         cells = {}
-        for line in lines[head + 1:head + 1 + len(FORMATS)]:
+        for line in lines[head + 1:head + 1 + len(ROWS)]:
             name, *row = line.split()
-            self.assertEqual(len(row), len(FORMATS), line)
-            cells.update({(name, to): cell for to, cell in zip(FORMATS, row)})
+            self.assertEqual(len(row), len(COLUMNS), line)
+            cells.update({(name, to): cell for to, cell in zip(COLUMNS, row)})
+        self.assertEqual(sorted({src for src, _ in cells}), sorted(ROWS))
         return cells
 
     def test_lists_every_code_with_its_format(self):
         text = self.formats()
         codes = {"UYVY": "UYVY UYNV AJYU yuv2 yuV2 2vuy 2Vuy 0x8800001E 0x8810001E",
                  "YUY2": "YUY2 YUNV", "YVYU": "YVYU", "cyuv": "cyuv", "I420": "I420 IYUV",
-                 "YV12": "YV12", "P422": "P422 422P", "v210": "v210 012v", "RGB32": "0"}
+                 "YV12": "YV12", "P422": "P422 422P", "v210": "v210 012v", "rgb32": "0"}
         for fmt, listed in codes.items():
             block = re.search(r"^  " + fmt + r" .*\n +code (.*)$", text, re.M)
             self.assertIsNotNone(block, fmt)
@@ -356,9 +453,12 @@ class FormatListing(ToolCase):
         eight_bit = ["UYVY", "YUY2", "YVYU", "cyuv", "I420", "YV12", "P422"]
         built = {(a, b) for a in eight_bit for b in eight_bit}
         built |= {("UYVY", "v210"), ("v210", "UYVY"), ("v210", "v210")}
+        # Every YCbCr format to every RGB depth, v210 through YUY2.
+        built |= {(a, b) for a in YCBCR for b in RGB_DEPTHS}
         for pair in built:
             self.assertEqual(cells[pair], "yes", pair)
-        self.assertEqual(cells[("RGB32", "RGB32")], "-")
+        for depth in RGB_DEPTHS:
+            self.assertEqual(cells[("rgb32", depth)], "-")
 
     def test_pair_table_agrees_with_convert(self):
         # Every pair the table marks is converted; every other one is refused
@@ -374,6 +474,232 @@ class FormatListing(ToolCase):
                 self.assertEqual(res.returncode, 2, (src, dst))
                 self.assertEqual(len(res.stderr.decode().splitlines()), 1, (src, dst))
                 self.assertEqual(os.listdir(self.dir), [], (src, dst))
+
+
+class RgbOutput(ToolCase):
+    """RGB destinations: sizes at odd and even widths and heights, the built-in
+    bars against the standards, options by name and number, and the summary.
+    (Every format, matrix and layout against FFmpeg: rgb_frames_test.)"""
+
+    def test_every_source_and_depth_at_odd_and_even_sizes(self):
+        for src in YCBCR + ["422P"]:
+            for width, height in ((1, 1), (2, 3), (3, 2), (17, 5), (64, 4), (721, 3)):
+                size = f"{width}x{height}"
+                for depth in RGB_DEPTHS:
+                    res = run("convert", "--from", src, "--to", depth, "--size", size,
+                              "--out", self.path("o"))
+                    self.assertEqual(res.returncode, 0, (src, size, depth, res.stderr.decode()))
+                    self.assertEqual(len(self.read("o")), width * height * PIXEL_BYTES[depth],
+                                     (src, size, depth))
+
+    def test_built_in_bars_are_the_75_percent_bars_in_rgb(self):
+        # Every row of every format's bars at widths that split pairs across
+        # bars, against the standard BT.601 conversion (the library truncates:
+        # within 2).
+        for src in YCBCR:
+            for width, height in ((21, 3), (40, 2), (723, 5)):
+                res = run("convert", "--from", src, "--to", "rgb24", "--rgb-type", "rgba",
+                          "--size", f"{width}x{height}", "--out", self.path("o"))
+                self.assertEqual(res.returncode, 0, res.stderr.decode())
+                data = self.read("o")
+                want = bars_rgb(width, ten_bit=src == "v210")
+                for r in range(height):
+                    row = data[r * width * 3:(r + 1) * width * 3]
+                    for x in range(width):
+                        for c in range(3):
+                            self.assertLessEqual(abs(row[3 * x + c] - want[x][c]), 2,
+                                                 (src, width, r, x, c, row[3 * x:3 * x + 3],
+                                                  want[x]))
+        # And near 191 or 0 in each channel.
+        res = run("convert", "--from", "UYVY", "--to", "rgb24", "--rgb-type", "rgba",
+                  "--size", "16x1", "--out", self.path("o"))
+        data = self.read("o")
+        self.assert_bars([data[6 * i:6 * i + 3] for i in range(8)])
+
+    def test_matrix_and_layout_names_and_numbers_agree(self):
+        def out(*extra):
+            res = run("convert", "--from", "I420", "--to", "rgb32", "--size", "34x6",
+                      "--out", self.path("o"), *extra)
+            self.assertEqual(res.returncode, 0, (extra, res.stderr.decode()))
+            return self.read("o")
+
+        names = ["601", "601-studio", "709", "709-studio", "709-precise",
+                 "709-precise-studio", "2020", "2020-studio"]
+        pictures = [out("--matrix", str(n)) for n in range(8)]
+        for n, name in enumerate(names):
+            self.assertEqual(out("--matrix", name), pictures[n], name)
+        self.assertEqual(out(), pictures[0])  # the default
+        # 601, 709 and 2020 differ on the bars; the studio forms keep black
+        # at 16 instead of 0.
+        self.assertEqual(len({pictures[0], pictures[2], pictures[6]}), 3)
+        self.assertEqual(pictures[0][-4:], bytes([0, 0, 0, 255]))
+        self.assertEqual(pictures[1][-4:], bytes([16, 16, 16, 255]))
+
+        for spelled, number in (("bgra", "0"), ("ABGR", "1"), ("rgba", "2"), ("argb", "0x3"),
+                                ("bgra,bottom-up", "32768"), ("rgba,BOTTOM-UP", "0x8002")):
+            self.assertEqual(out("--rgb-type", spelled), out("--rgb-type", number), spelled)
+        self.assertEqual(out("--rgb-type", "argb", "--bottom-up"),
+                         out("--rgb-type", "0x8003"))
+        # Bottom-up is the same rows in the other order.
+        row = 34 * 4
+        top, bottom = out("--rgb-type", "rgba"), out("--rgb-type", "rgba,bottom-up")
+        self.assertEqual(bottom, b"".join(top[i:i + row] for i in range(len(top) - row, -1, -row)))
+
+    def test_rgb_destination_names(self):
+        data = self.random_bytes(2 * 8 * 2)
+        want = self.convert("YUY2", "rgb32", "8x2", data)
+        for name in ("RGB32", "0", "0x0", "Rgb32"):
+            self.assertEqual(self.convert("YUY2", name, "8x2", data), want, name)
+
+    def test_summary_checksum_of_rgb_output(self):
+        args = ["convert", "--from", "v210", "--to", "rgb565", "--size", "17x3", "--matrix", "709"]
+        res = run(*args)
+        self.assertEqual(res.returncode, 0, res.stderr.decode())
+        self.assertRegex(res.stdout.decode(),
+                         r"^v210 -> rgb565 17x3: frames=1 bytes=102 fnv1a64=[0-9a-f]{16}\n$")
+        reported = int(re.search(r"fnv1a64=([0-9a-f]{16})", res.stdout.decode()).group(1), 16)
+        self.assertEqual(run(*args, "--out", self.path("o")).returncode, 0)
+        self.assertEqual(reported, fnv1a64(self.read("o")))
+
+    def test_odd_sized_files_hold_whole_pairs(self):
+        # 3x2 UYVY: rows of two pairs (8 bytes); I420 3x3: 9 + 2 * 4 bytes.
+        for src, size, frame in (("UYVY", "3x2", 16), ("I420", "3x3", 17), ("P422", "3x2", 14),
+                                 ("v210", "3x2", 256)):
+            data = self.random_bytes(frame * 2)
+            out = self.convert(src, "rgb24", size, data)
+            w, h = map(int, size.split("x"))
+            self.assertEqual(len(out), 2 * w * h * 3, src)
+            # The second frame alone converts to the second half.
+            self.assertEqual(self.convert(src, "rgb24", size, data[frame:]), out[len(out) // 2:])
+            res = run("convert", "--from", src, "--to", "rgb24", "--size", size,
+                      "--in", self.write("short.raw", data[:-1]), "--out", self.path("x"))
+            self.assertEqual(res.returncode, 2, src)
+            self.assertFalse(os.path.exists(self.path("x")))
+
+
+class Preview(ToolCase):
+    """cycbcr preview: PNG files read back with zlib alone."""
+
+    def preview(self, *args, stdin=None):
+        out = self.path("p.png")
+        res = run("preview", *args, "--out", out, stdin=stdin)
+        self.assertEqual(res.returncode, 0, (args, res.stderr.decode()))
+        self.assertEqual(res.stdout, b"")
+        return read_png(self.read("p.png"))
+
+    def test_built_in_bars(self):
+        width, height, pixels = self.preview("--from", "UYVY", "--size", "64x3")
+        self.assertEqual((width, height), (64, 3))
+        # Eight bars of eight pixels on every row.
+        for x in range(64):
+            self.assertEqual({pixels[r * 192 + 3 * x:r * 192 + 3 * x + 3] for r in range(3)},
+                             {pixels[3 * (x - x % 8):3 * (x - x % 8) + 3]}, x)
+        self.assert_bars([pixels[24 * i:24 * i + 3] for i in range(8)])
+        # The default size, and every YCbCr format, odd sizes included.
+        self.assertEqual(self.preview("--from", "I420")[:2], (1920, 1080))
+        for src in YCBCR + ["2vuy", "0x8800001E"]:
+            for size in ("1x1", "17x5", "721x3"):
+                w, h = map(int, size.split("x"))
+                res = run("convert", "--from", src, "--to", "rgb24", "--rgb-type", "rgba",
+                          "--size", size, "--out", self.path("c.rgb"))
+                self.assertEqual(res.returncode, 0, res.stderr.decode())
+                self.assertEqual(self.preview("--from", src, "--size", size),
+                                 (w, h, self.read("c.rgb")), (src, size))
+
+    def test_frame_of_a_file_with_a_matrix(self):
+        width, height = 18, 5
+        # I420 18x5: 90 + 2 * 9 * 3 bytes.
+        frame = width * height + 2 * 9 * 3
+        frames = [self.random_bytes(frame) for _ in range(3)]
+        inp = self.write("in.i420", b"".join(frames))
+        rgb = self.convert("I420", "rgb24", f"{width}x{height}", b"".join(frames),
+                           "--rgb-type", "rgba", "--matrix", "2020")
+        one = width * height * 3
+        for n in range(3):
+            self.assertEqual(self.preview("--from", "I420", "--size", f"{width}x{height}",
+                                          "--in", inp, "--frame", str(n), "--matrix", "6"),
+                             (width, height, rgb[n * one:(n + 1) * one]), n)
+        # From a pipe, frames read up to the one asked for.
+        self.assertEqual(self.preview("--from", "I420", "--size", f"{width}x{height}",
+                                      "--in", "/dev/stdin", "--frame", "2", "--matrix", "2020",
+                                      stdin=b"".join(frames)),
+                         (width, height, rgb[2 * one:]))
+
+    def test_rgb_sources(self):
+        width, height = 5, 3
+        # rgb24 as written, in both channel orders and bottom-up.
+        pixels = self.random_bytes(width * height * 3)
+        rows = [pixels[r * width * 3:(r + 1) * width * 3] for r in range(height)]
+        swapped = b"".join(bytes([p[2], p[1], p[0]]) for p in
+                           (pixels[i:i + 3] for i in range(0, len(pixels), 3)))
+        for data, args in ((pixels, ["--rgb-type", "rgba"]),
+                           (swapped, []),
+                           (b"".join(reversed(rows)), ["--rgb-type", "rgba", "--bottom-up"]),
+                           (b"".join(reversed(rows)), ["--rgb-type", "0x8002"])):
+            inp = self.write("in.rgb", data)
+            self.assertEqual(self.preview("--from", "rgb24", "--size", f"{width}x{height}",
+                                          "--in", inp, *args),
+                             (width, height, pixels), args)
+        # rgb32 ARGB drops alpha; rgb565 and rgb555 widen their channels.
+        argb = b"".join(bytes([7]) + pixels[i:i + 3] for i in range(0, len(pixels), 3))
+        inp = self.write("in.rgb", argb)
+        self.assertEqual(self.preview("--from", "0", "--rgb-type", "argb", "--size",
+                                      f"{width}x{height}", "--in", inp)[2], pixels)
+        word565 = (0b10101 << 11 | 0b110011 << 5 | 0b00011).to_bytes(2, "little")
+        word555 = (0b10101 << 10 | 0b11001 << 5 | 0b00011).to_bytes(2, "little")
+        for depth, word, green in (("rgb565", word565, 0b11001111), ("rgb555", word555, 0b11001110)):
+            inp = self.write("in.rgb", word * 2)
+            red_top = self.preview("--from", depth, "--rgb-type", "rgba", "--size", "2x1",
+                                   "--in", inp)[2]
+            self.assertEqual(red_top, bytes([0b10101101, green, 0b00011000]) * 2, depth)
+            blue_top = self.preview("--from", depth, "--size", "2x1", "--in", inp)[2]
+            self.assertEqual(blue_top, bytes([0b00011000, green, 0b10101101]) * 2, depth)
+
+    def test_refusals_leave_no_file(self):
+        inp = self.write("in.uyvy", bytes(2 * 4 * 2 * 2))  # two 4x2 frames
+        rgb = self.write("in.rgb", bytes(4 * 2 * 3))
+        self.write("keep.png", b"previous contents")
+        out = ["--out", self.path("new.png")]
+        good = ["--from", "UYVY", "--size", "4x2", "--in", inp]
+        bad = [
+            ["preview", *good],  # no --out
+            ["preview", "--size", "4x2", "--in", inp, *out],  # no --from
+            ["preview", "--from", "UYVY", "--in", inp, *out],  # no --size with --in
+            ["preview", *good, "--frame", "2", *out],  # past the end
+            ["preview", *good, "--frame", "-1", *out],
+            ["preview", *good, "--frame", "x", *out],
+            ["preview", *good, "--frame", "", *out],
+            ["preview", *good, "--matrix", "8", *out],
+            ["preview", *good, "--matrix", "601-full", *out],
+            ["preview", *good, "--rgb-type", "rgba", *out],  # not an RGB source
+            ["preview", *good, "--bottom-up", *out],
+            ["preview", "--from", "rgb24", "--size", "4x2", "--in", rgb, "--matrix", "709", *out],
+            ["preview", "--from", "rgb24", "--size", "4x2", "--in", rgb, "--rgb-type", "4", *out],
+            ["preview", "--from", "rgb24", "--size", "4x2", *out],  # no built-in RGB frame
+            ["preview", "--from", "UYVY", "--frame", "1", *out],  # the bars are one frame
+            ["preview", "--from", "UYVY", "--size", "5x2", "--in", inp, *out],  # wrong size
+            ["preview", "--from", "rgb48", "--size", "4x2", "--in", rgb, *out],
+            ["preview", "--from", "422P", "--size", "4x2", "--in", self.path("missing"), *out],
+            ["preview", *good, "--level", "7", *out],
+            ["preview", *good, "--bogus", *out],
+            ["preview", *good, "--out", self.path("no/such/dir/x.png")],
+            ["preview", *good, "--out", self.dir],
+        ]
+        for args in bad:
+            before = sorted(os.listdir(self.dir))
+            res = run(*args)
+            err = res.stderr.decode()
+            self.assertEqual(res.returncode, 2, (args, err))
+            self.assertEqual(len(err.splitlines()), 1, (args, err))
+            self.assertTrue(err.startswith("cycbcr: "), err)
+            self.assertEqual(sorted(os.listdir(self.dir)), before, args)
+        self.assertEqual(self.read("keep.png"), b"previous contents")
+        # A pipe that ends before the frame asked for: nothing written.
+        res = run("preview", *good[:4], "--in", "/dev/stdin", "--frame", "2",
+                  "--out", self.path("keep.png"), stdin=bytes(2 * 4 * 2 * 2))
+        self.assertEqual(res.returncode, 2)
+        self.assertIn("no frame 2", res.stderr.decode())
+        self.assertEqual(self.read("keep.png"), b"previous contents")
 
 
 class Progress(ToolCase):
@@ -455,6 +781,28 @@ class Refusals(ToolCase):
         # Guards the cases below against failing for an unrelated reason.
         res = run(*self.convert_args())
         self.assertEqual(res.returncode, 0, res.stderr.decode())
+
+    def test_bad_rgb_requests(self):
+        for to, extra in (("rgb24", ["--matrix", "8"]), ("rgb24", ["--matrix", "-1"]),
+                          ("rgb24", ["--matrix", "0x2"]), ("rgb24", ["--matrix", "709-full"]),
+                          ("rgb24", ["--rgb-type", "4"]), ("rgb24", ["--rgb-type", "0x8004"]),
+                          ("rgb24", ["--rgb-type", "0x10000"]), ("rgb24", ["--rgb-type", "bgrx"]),
+                          ("rgb24", ["--rgb-type", "bgra,top-down"]),
+                          ("rgb24", ["--rgb-type", "bgra,"]), ("rgb24", ["--bottom-up=1"]),
+                          ("rgb24", ["--bottom-up", "--bottom-up"]),
+                          ("rgb48", []), ("rgb", []),
+                          ("UYVY", ["--matrix", "709"]), ("UYVY", ["--rgb-type", "rgba"]),
+                          ("UYVY", ["--bottom-up"])):
+            self.refuse(*self.convert_args(**{"--to": to}), *extra)
+        # RGB sources: convert reads YCbCr only.
+        rgb = self.write("rgb.raw", bytes(4 * 2 * 3))
+        self.assertIn("not supported", self.refuse(*self.convert_args(
+            **{"--from": "rgb24", "--to": "UYVY", "--in": rgb})))
+        self.assertIn("not supported", self.refuse(*self.convert_args(
+            **{"--from": "0", "--to": "rgb24"})))
+        # Frames too large for the converters' 32-bit byte counts.
+        self.refuse("convert", "--from", "I420", "--to", "rgb32", "--size", "32768x32768",
+                    "--out", self.path("big.rgb"))
 
     def test_bad_arguments(self):
         self.refuse("frobnicate")

@@ -1,0 +1,116 @@
+#include "command_options.h"
+
+#include <cstdio>
+
+#include "rgb_layouts.h"
+#include "tool_error.h"
+
+namespace cycbcr_tool {
+
+Options::Options(std::string_view command, Args args,
+                 std::initializer_list<std::string_view> values,
+                 std::initializer_list<std::string_view> flags)
+    : command_(command) {
+    const auto fail = [&](const std::string& message) {
+        return ToolError(command_ + ": " + message);
+    };
+    for (size_t i = 0; i < args.size(); ++i) {
+        const std::string_view arg = args[i];
+        const size_t eq = arg.find('=');
+        const std::string name(arg.substr(0, eq));
+        bool takes_value = false;
+        bool known = false;
+        for (const std::string_view v : values) {
+            if (v == name) known = takes_value = true;
+        }
+        for (const std::string_view f : flags) {
+            if (f == name) known = true;
+        }
+        if (!known) throw fail("unknown argument '" + std::string(arg) + "' (see cycbcr --help)");
+        if (values_.contains(name) || flags_.contains(name)) throw fail(name + " given twice");
+        if (!takes_value) {
+            if (eq != std::string_view::npos) throw fail(name + " takes no value");
+            flags_.insert(name);
+            continue;
+        }
+        std::string value;
+        if (eq != std::string_view::npos) {
+            value = arg.substr(eq + 1);
+        } else if (i + 1 < args.size()) {
+            value = args[++i];
+        } else {
+            throw fail(name + " needs a value");
+        }
+        if (value.empty()) throw fail(name + " needs a value");
+        values_.emplace(name, std::move(value));
+    }
+}
+
+std::optional<std::string> Options::value(std::string_view name) const {
+    const auto it = values_.find(name);
+    if (it == values_.end()) return std::nullopt;
+    return it->second;
+}
+
+bool Options::has(std::string_view name) const {
+    return values_.contains(name) || flags_.contains(name);
+}
+
+void Options::require(std::string_view name, std::string_view reason) const {
+    if (has(name)) return;
+    std::string message = command_ + ": " + std::string(name) + " is required";
+    message += reason.empty() ? std::string(" (see cycbcr --help)") : " " + std::string(reason);
+    throw ToolError(message);
+}
+
+const FormatCode& resolve_code(const std::string& text, bool destination) {
+    const std::optional<uint32_t> value = parse_code(text);
+    if (!value) {
+        throw ToolError("bad format code '" + text +
+                        "': expected four characters, 0x and hexadecimal digits, a number, "
+                        "or rgb555, rgb565, rgb24, rgb32");
+    }
+    const FormatCode* code = find_code(*value);
+    if (code == nullptr) {
+        char hex[16];
+        std::snprintf(hex, sizeof hex, "0x%08X", *value);
+        throw ToolError("unknown format code '" + text + "' (" + hex + ")");
+    }
+    if (destination && code->source_only) {
+        throw ToolError("format code '" + text + "' can only be a source; use " +
+                        format_name(code->format) + " as the destination");
+    }
+    return *code;
+}
+
+std::optional<RgbDepth> resolve_rgb(const std::string& text) {
+    if (const std::optional<RgbDepth> depth = parse_rgb_depth(text)) return depth;
+    const std::optional<uint32_t> value = parse_code(text);
+    if (!value) return std::nullopt;
+    const FormatCode* code = find_code(*value);
+    if (code != nullptr && code->format == Format::RGB32) return RgbDepth::Rgb32;
+    return std::nullopt;
+}
+
+unsigned int parse_level(const std::string& text) {
+    if (text.size() == 1 && text[0] >= '0' && text[0] <= '6') {
+        return static_cast<unsigned int>(text[0] - '0');
+    }
+    throw ToolError("bad level '" + text + "': expected 0 to 6");
+}
+
+QBYCBCRRgbType rgb_type_option(const Options& options) {
+    QBYCBCRRgbType type = QBYCBCR_RGB_BGRA;
+    if (const std::optional<std::string> text = options.value("--rgb-type")) {
+        type = parse_rgb_type(*text);
+    }
+    if (options.has("--bottom-up")) type |= QBYCBCR_RGB_BOTTOM_UP;
+    return type;
+}
+
+QBYCBCRMatrix matrix_option(const Options& options) {
+    const std::optional<std::string> text = options.value("--matrix");
+    return text ? parse_matrix(*text) : QBYCBCRMatrix{QBYCBCR_MATRIX_601};
+}
+
+}  // namespace cycbcr_tool

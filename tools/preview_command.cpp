@@ -1,0 +1,146 @@
+// cycbcr preview: one frame of a raw file (or the built-in colour bars) as a
+// PNG picture, for a person to look at.
+#include <cycbcr.h>
+
+#include <charconv>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "colour_bars.h"
+#include "command_options.h"
+#include "commands.h"
+#include "formats.h"
+#include "frame_io.h"
+#include "png_writer.h"
+#include "rgb_conversions.h"
+#include "rgb_layouts.h"
+#include "tool_error.h"
+
+namespace cycbcr_tool {
+namespace {
+
+uint64_t parse_frame_index(const std::string& text) {
+    uint64_t value = 0;
+    const char* last = text.data() + text.size();
+    const auto [end, ec] = std::from_chars(text.data(), last, value, 10);
+    if (text.empty() || ec != std::errc() || end != last) {
+        throw ToolError("bad frame number '" + text +
+                        "': expected 0 or more (frames count from 0)");
+    }
+    return value;
+}
+
+// Reads frames up to frame `index` into frame; throws when the input ends
+// before it.
+void read_frame(FrameReader& reader, uint64_t index, std::span<uint8_t> frame,
+                const std::string& path) {
+    if (reader.known_frames() != 0 && index >= reader.known_frames()) {
+        throw ToolError("input '" + path + "' holds " + std::to_string(reader.known_frames()) +
+                        " frames: there is no frame " + std::to_string(index) +
+                        " (frames count from 0)");
+    }
+    for (uint64_t n = 0; n <= index; ++n) {
+        if (!reader.read(frame)) {
+            throw ToolError("input '" + path + "' ends after " + std::to_string(n) +
+                            " frames: there is no frame " + std::to_string(index) +
+                            " (frames count from 0)");
+        }
+    }
+}
+
+}  // namespace
+
+int run_preview(Args args) {
+    const Options options(
+        "preview", args,
+        {"--from", "--size", "--in", "--out", "--frame", "--matrix", "--rgb-type", "--level"},
+        {"--bottom-up"});
+    options.require("--from");
+    options.require("--out", "(the PNG file to write)");
+    const std::optional<std::string> in = options.value("--in");
+    if (in) options.require("--size", "with --in");
+
+    const std::string from_text = *options.value("--from");
+    const std::optional<RgbDepth> rgb = resolve_rgb(from_text);
+    const FormatCode* from = rgb ? nullptr : &resolve_code(from_text, false);
+    if (rgb && options.has("--matrix")) {
+        throw ToolError("preview: --matrix applies to YCbCr sources only");
+    }
+    if (!rgb && (options.has("--rgb-type") || options.has("--bottom-up"))) {
+        throw ToolError("preview: --rgb-type and --bottom-up describe RGB sources only");
+    }
+
+    uint32_t width = 1920;
+    uint32_t height = 1080;
+    if (const std::optional<std::string> size = options.value("--size")) {
+        parse_size(*size, width, height);
+    }
+    uint64_t index = 0;
+    if (const std::optional<std::string> frame = options.value("--frame")) {
+        index = parse_frame_index(*frame);
+    }
+    if (!in && rgb) {
+        throw ToolError("preview: RGB sources need --in (the built-in frame is YCbCr)");
+    }
+    if (!in && index != 0) {
+        throw ToolError(
+            "preview: without --in there is one frame, the built-in colour bars "
+            "(frame 0)");
+    }
+
+    // YCbCr goes through the library to R, G, B bytes top-down, exactly the
+    // rows of an 8-bit RGB PNG; RGB frames are read as they are.
+    std::optional<RgbConverter> converter;
+    std::vector<uint8_t> rgb_frame;
+    std::span<uint8_t> frame;
+    FrameLayout layout;
+    std::string frame_text = std::to_string(width) + "x" + std::to_string(height) + " ";
+    if (rgb) {
+        layout = rgb_layout(*rgb, width, height);
+        rgb_frame.resize(layout.frame_bytes);
+        frame = rgb_frame;
+        frame_text += rgb_depth_name(*rgb);
+    } else {
+        layout = source_layout(from->format, width, height);
+        converter.emplace(*from, RgbDepth::Rgb24, width, height, matrix_option(options),
+                          QBYCBCR_RGB_RGBA);
+        frame = converter->source();
+        frame_text += format_name(from->format);
+    }
+    const QBYCBCRRgbType type = rgb ? rgb_type_option(options) : QBYCBCRRgbType{QBYCBCR_RGB_RGBA};
+
+    if (in) {
+        FrameReader reader(*in, layout.frame_bytes, frame_text);
+        read_frame(reader, index, frame, *in);
+    } else {
+        write_colour_bars(from->format, width, height, layout, frame);
+    }
+    if (const std::optional<std::string> level = options.value("--level")) {
+        cycbcr_set_cpu(parse_level(*level));
+    } else {
+        cycbcr_get_cpu(1);
+    }
+
+    std::vector<uint8_t> picture(size_t{width} * 3 * height);
+    if (converter) {
+        const std::span<const uint8_t> converted = converter->convert();
+        picture.assign(converted.begin(), converted.end());
+    } else {
+        for (uint32_t row = 0; row < height; ++row) {
+            const uint32_t stored = is_bottom_up(type) ? height - 1 - row : row;
+            rgb_row_to_rgb24(*rgb, type, frame.data() + uint64_t{stored} * layout.pitch,
+                             picture.data() + size_t{row} * width * 3, width);
+        }
+    }
+    const std::vector<uint8_t> png = encode_png(width, height, picture);
+
+    // Created only now, whole: no argument, input or libpng error leaves a file.
+    AtomicOutput output(*options.value("--out"));
+    output.write(png);
+    output.commit();
+    return 0;
+}
+
+}  // namespace cycbcr_tool

@@ -1,0 +1,213 @@
+#include "rgb_layouts.h"
+
+#include <array>
+#include <charconv>
+
+#include "tool_error.h"
+
+namespace cycbcr_tool {
+namespace {
+
+struct MatrixName {
+    QBYCBCRMatrix value;
+    const char* name;
+    const char* description;
+};
+
+// The library's families of 8-bit coefficients take 709 and 709-precise (and
+// their studio forms) alike; they differ only in its 16-bit output. Its
+// BT.2020 studio-range matrix applies BT.2020's chroma weights unscaled, where
+// the other studio-range ones scale them by 219 / 224 (about 2% stronger
+// colour, up to 4 levels at the most saturated chroma).
+constexpr std::array<MatrixName, 8> kMatrices = {{
+    {QBYCBCR_MATRIX_601, "601", "BT.601, full-range RGB (the default)"},
+    {QBYCBCR_MATRIX_601_STUDIO, "601-studio", "BT.601, RGB kept in the studio range 16..235"},
+    {QBYCBCR_MATRIX_709, "709", "BT.709, full-range RGB"},
+    {QBYCBCR_MATRIX_709_STUDIO, "709-studio", "BT.709, studio-range RGB"},
+    {QBYCBCR_MATRIX_709_PRECISE, "709-precise", "BT.709, full-range RGB (as 709 at 8 bits)"},
+    {QBYCBCR_MATRIX_709_PRECISE_STUDIO, "709-precise-studio",
+     "BT.709, studio-range RGB (as 709-studio at 8 bits)"},
+    {QBYCBCR_MATRIX_2020, "2020", "BT.2020, full-range RGB"},
+    {QBYCBCR_MATRIX_2020_STUDIO, "2020-studio", "BT.2020, studio-range RGB (chroma 2% stronger)"},
+}};
+
+struct LayoutName {
+    QBYCBCRRgbType value;
+    const char* name;
+};
+
+constexpr std::array<LayoutName, 4> kLayouts = {{
+    {QBYCBCR_RGB_BGRA, "bgra"},
+    {QBYCBCR_RGB_ABGR, "abgr"},
+    {QBYCBCR_RGB_RGBA, "rgba"},
+    {QBYCBCR_RGB_ARGB, "argb"},
+}};
+
+constexpr std::string_view kBottomUpWord = "bottom-up";
+
+char lower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+bool same_text(std::string_view a, std::string_view b) {
+    if (a.size() != b.size()) return false;
+    for (size_t i = 0; i < a.size(); ++i) {
+        if (lower(a[i]) != lower(b[i])) return false;
+    }
+    return true;
+}
+
+// A whole decimal number, or 0x and hexadecimal digits.
+bool parse_number(std::string_view text, uint32_t& value) {
+    int base = 10;
+    if (text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X')) {
+        text.remove_prefix(2);
+        base = 16;
+    }
+    if (text.empty()) return false;
+    const char* last = text.data() + text.size();
+    const auto [end, ec] = std::from_chars(text.data(), last, value, base);
+    return ec == std::errc() && end == last;
+}
+
+// The channel order of a layout number 0 to 3, as the library writes it:
+// blue first for 0 and 1 (and from the most significant field down in 15- and
+// 16-bit words), alpha first for 1 and 3.
+bool blue_first(QBYCBCRRgbType type) {
+    const uint32_t layout = type & ~uint32_t{QBYCBCR_RGB_BOTTOM_UP};
+    return layout == QBYCBCR_RGB_BGRA || layout == QBYCBCR_RGB_ABGR;
+}
+
+bool alpha_first(QBYCBCRRgbType type) {
+    const uint32_t layout = type & ~uint32_t{QBYCBCR_RGB_BOTTOM_UP};
+    return layout == QBYCBCR_RGB_ABGR || layout == QBYCBCR_RGB_ARGB;
+}
+
+uint8_t widen5(uint32_t v) {
+    return static_cast<uint8_t>(v << 3 | v >> 2);
+}
+
+uint8_t widen6(uint32_t v) {
+    return static_cast<uint8_t>(v << 2 | v >> 4);
+}
+
+}  // namespace
+
+QBYCBCRMatrix parse_matrix(std::string_view text) {
+    for (const MatrixName& m : kMatrices) {
+        if (same_text(text, m.name)) return m.value;
+    }
+    // Numbers are decimal; no name is a number from 0 to 7.
+    uint32_t value = 0;
+    if (text.size() == 1 && parse_number(text, value) && value < kMatrices.size()) return value;
+    throw ToolError("bad matrix '" + std::string(text) +
+                    "': expected 0 to 7 or a name (601, 601-studio, 709, 709-studio, "
+                    "709-precise, 709-precise-studio, 2020, 2020-studio)");
+}
+
+const char* matrix_name(QBYCBCRMatrix matrix) {
+    return matrix < kMatrices.size() ? kMatrices[matrix].name : "?";
+}
+
+std::string matrix_help() {
+    std::string text;
+    for (const MatrixName& m : kMatrices) {
+        std::string name = std::to_string(m.value) + " " + m.name;
+        name.resize(22, ' ');
+        text.append("    ").append(name).append(m.description).append("\n");
+    }
+    return text;
+}
+
+QBYCBCRRgbType parse_rgb_type(std::string_view text) {
+    const auto bad = [&](const std::string& why) {
+        return ToolError("bad RGB type '" + std::string(text) + "': " + why);
+    };
+    std::string_view layout = text;
+    bool bottom_up = false;
+    if (const size_t comma = text.find(','); comma != std::string_view::npos) {
+        if (!same_text(text.substr(comma + 1), kBottomUpWord)) {
+            throw bad("the only modifier is ',bottom-up'");
+        }
+        layout = text.substr(0, comma);
+        bottom_up = true;
+    }
+    QBYCBCRRgbType type = 0;
+    bool known = false;
+    for (const LayoutName& l : kLayouts) {
+        if (same_text(layout, l.name)) {
+            type = l.value;
+            known = true;
+        }
+    }
+    if (!known) {
+        uint32_t value = 0;
+        if (!parse_number(layout, value)) {
+            throw bad("expected bgra, abgr, rgba, argb or a number, with ',bottom-up' if wanted");
+        }
+        if ((value & ~uint32_t{QBYCBCR_RGB_BOTTOM_UP}) > QBYCBCR_RGB_ARGB) {
+            throw bad("layout numbers are 0 to 3, with 0x8000 added for bottom-up rows");
+        }
+        type = value;
+    }
+    return bottom_up ? type | QBYCBCR_RGB_BOTTOM_UP : type;
+}
+
+std::string rgb_type_text(QBYCBCRRgbType type) {
+    const uint32_t layout = type & ~uint32_t{QBYCBCR_RGB_BOTTOM_UP};
+    std::string text = layout < kLayouts.size() ? kLayouts[layout].name : "?";
+    if (is_bottom_up(type)) text.append(",").append(kBottomUpWord);
+    return text;
+}
+
+std::string rgb_type_help() {
+    return "    bgra  0  rgb32 bytes B G R A; rgb24 B G R; rgb555/565 blue in the top bits\n"
+           "    abgr  1  rgb32 bytes A B G R; rgb24 B G R; rgb555/565 blue in the top bits\n"
+           "    rgba  2  rgb32 bytes R G B A; rgb24 R G B; rgb555/565 red in the top bits\n"
+           "    argb  3  rgb32 bytes A R G B; rgb24 R G B; rgb555/565 red in the top bits\n"
+           "    LAYOUT,bottom-up (or the number + 0x8000, e.g. 0x8002, or --bottom-up):\n"
+           "             the last picture row first.\n"
+           "  rgb555 and rgb565 pixels are little-endian 16-bit words of 5, 5, 5 bits (the\n"
+           "  top bit 0) or 5, 6, 5 bits, each channel's top bits kept. Alpha is 255.\n";
+}
+
+void rgb_row_to_rgb24(RgbDepth depth, QBYCBCRRgbType type, const uint8_t* src, uint8_t* dst,
+                      uint32_t width) {
+    const bool blue = blue_first(type);
+    const bool alpha = alpha_first(type);
+    for (uint32_t x = 0; x < width; ++x, dst += 3) {
+        uint8_t first = 0, green = 0, last = 0;  // in the layout's order
+        switch (depth) {
+            case RgbDepth::Rgb555:
+            case RgbDepth::Rgb565: {
+                const uint32_t word = src[2 * x] | uint32_t{src[2 * x + 1]} << 8;
+                if (depth == RgbDepth::Rgb555) {
+                    first = widen5(word >> 10 & 31);
+                    green = widen5(word >> 5 & 31);
+                } else {
+                    first = widen5(word >> 11 & 31);
+                    green = widen6(word >> 5 & 63);
+                }
+                last = widen5(word & 31);
+                break;
+            }
+            case RgbDepth::Rgb24:
+                first = src[3 * x];
+                green = src[3 * x + 1];
+                last = src[3 * x + 2];
+                break;
+            case RgbDepth::Rgb32: {
+                const uint8_t* p = src + 4 * size_t{x} + (alpha ? 1 : 0);
+                first = p[0];
+                green = p[1];
+                last = p[2];
+                break;
+            }
+        }
+        dst[0] = blue ? last : first;
+        dst[1] = green;
+        dst[2] = blue ? first : last;
+    }
+}
+
+}  // namespace cycbcr_tool

@@ -1,0 +1,47 @@
+// Colour matrices and RGB pixel layouts as the command names them, and the
+// reading of RGB pixels back into 8-bit R, G, B for previews.
+#pragma once
+
+#include <cycbcr.h>
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "formats.h"
+
+namespace cycbcr_tool {
+
+// A matrix by name ("601", "709-studio", ...) or number (0 to 7, the
+// QBYCBCR_MATRIX_* values); throws ToolError for anything else.
+QBYCBCRMatrix parse_matrix(std::string_view text);
+
+// The name of matrix 0 to 7.
+const char* matrix_name(QBYCBCRMatrix matrix);
+
+// The lines --help lists the matrices in, one per matrix.
+std::string matrix_help();
+
+// An RGB layout: "bgra", "abgr", "rgba" or "argb" (any case), or a number
+// (decimal or 0x hexadecimal) of 0 to 3, either with the bottom-up flag 0x8000
+// added, or followed by ",bottom-up". Throws ToolError for anything else.
+QBYCBCRRgbType parse_rgb_type(std::string_view text);
+
+// "rgba", "bgra,bottom-up", ...
+std::string rgb_type_text(QBYCBCRRgbType type);
+
+inline bool is_bottom_up(QBYCBCRRgbType type) {
+    return (type & QBYCBCR_RGB_BOTTOM_UP) != 0;
+}
+
+// The lines --help describes the layouts in.
+std::string rgb_type_help();
+
+// One row of `width` pixels of the depth and layout, as 8-bit R, G, B bytes
+// (the row order, bottom-up or not, is the caller's). 5- and 6-bit channels
+// are widened by repeating their top bits (31 -> 255, 16 -> 132); alpha is
+// dropped.
+void rgb_row_to_rgb24(RgbDepth depth, QBYCBCRRgbType type, const uint8_t* src, uint8_t* dst,
+                      uint32_t width);
+
+}  // namespace cycbcr_tool
