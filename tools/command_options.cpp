@@ -59,7 +59,12 @@ bool Options::has(std::string_view name) const {
 void Options::require(std::string_view name, std::string_view reason) const {
     if (has(name)) return;
     std::string message = command_ + ": " + std::string(name) + " is required";
-    message += reason.empty() ? std::string(" (see cycbcr --help)") : " " + std::string(reason);
+    if (reason.empty()) {
+        message += " (see cycbcr --help)";
+    } else {
+        message += ' ';
+        message += reason;
+    }
     throw ToolError(message);
 }
 
