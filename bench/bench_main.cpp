@@ -175,7 +175,7 @@ class SummaryReporter : public benchmark::ConsoleReporter, public Medians {
                          ratio(plain, peer).c_str(), ratio(l5, peer).c_str(),
                          ratio(l5, plain).c_str(), 100 * cv,
                          row.peer_label.empty() ? "-" : row.peer_label.c_str(),
-                         verdict(row, l5, mc, peer, cv).c_str());
+                         verdict(row, l5, mc, peer, plain, cv).c_str());
         }
         for (const SummaryNote& note : summary_notes()) note(out, *this);
         bool skipped = false;
@@ -205,9 +205,9 @@ class SummaryReporter : public benchmark::ConsoleReporter, public Medians {
     // A shortfall smaller than the spread of the row's repetitions is reported
     // as within noise rather than as a miss: another run may well meet it.
     static std::string verdict(const SummaryRow& row, double l5, double mc, double peer,
-                               double cv) {
+                               double plain, double cv) {
         if (!row.level5_form && !row.judge_without_form) return "n/a (no AVX2 form)";
-        if (row.memcpy_target == 0 && row.peer_target == 0) return "-";
+        if (row.memcpy_target == 0 && row.peer_target == 0 && row.plain_target == 0) return "-";
         if (l5 == 0) return "not measured";
         std::string missed, close, absent;
         auto judge = [&](const char* what, double reached, double wanted) {
@@ -226,6 +226,12 @@ class SummaryReporter : public benchmark::ConsoleReporter, public Medians {
                 judge("peer", l5, row.peer_target * peer);
             else
                 absent += absent.empty() ? "peer" : "+peer";
+        }
+        if (row.plain_target != 0) {
+            if (plain != 0)
+                judge("plain", l5, row.plain_target * plain);
+            else
+                absent += absent.empty() ? "plain" : "+plain";
         }
         std::string v = !missed.empty()  ? "MISSED (" + missed + ")"
                         : !close.empty() ? "within noise (" + close + ")"

@@ -144,6 +144,7 @@ struct SummaryRow {
     // target). With `judge_without_form`, also when level 5 runs the plain code.
     double memcpy_target = 0;
     double peer_target = 0;
+    double plain_target = 0;  // level 5 over the plain level
     bool judge_without_form = false;
     // Compare with the peer frame for frame rather than byte for byte (the peer
     // moves a different number of bytes per frame); its column then shows the
