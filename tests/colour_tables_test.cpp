@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "support/colour_rows.h"
 #include "torgb/colour_tables.h"
 
 namespace {
@@ -26,62 +27,19 @@ struct Row6 {
     double off, gain, crR, crG, cbG, cbB;
 };
 
+Row6 row6(const cycbcr_test::Gains& g, double unit) {
+    return {g.off / 1.0, g.gain / unit, g.crR / unit, g.crG / unit, g.cbG / unit, g.cbB / unit};
+}
+// The master set as doubles: a whole number of millionths divided by a million
+// is the double nearest the decimal value, as the literal would be.
 Row6 master(QBYCBCRMatrix m) {
-    switch (m) {
-        case 1:
-            return {0, 1.0, 1.371, 0.698, 0.336, 1.732};
-        case 2:
-        case 4:
-            return {16, 1.164, 1.793, 0.534, 0.213, 2.115};
-        case 3:
-        case 5:
-            return {0, 1.0, 1.54, 0.459, 0.183, 1.816};
-        case 6:
-            return {16, 1.164, 1.678675, 0.650425, 0.187324, 2.141773};
-        case 7:
-            return {0, 1.0, 1.4747, 0.5714, 0.1646, 1.8814};
-        default:
-            return {16, 1.164, 1.596, 0.813, 0.392, 2.017};
-    }
+    return row6(cycbcr_test::master_micro(m), 1e6);
 }
-
 Row6 family_a(QBYCBCRMatrix m) {
-    switch (m) {
-        case 1:
-            return {0, 10000, 13710, 6979, 3360, 17320};
-        case 2:
-        case 4:
-            return {16, 11640, 17930, 5340, 2130, 21150};
-        case 3:
-        case 5:
-            return {0, 10000, 15400, 4590, 1830, 18160};
-        case 6:
-            return {16, 11640, 16786, 6504, 1873, 21417};
-        case 7:
-            return {0, 10000, 14746, 5714, 1646, 18814};
-        default:
-            return {16, 11640, 15960, 8129, 3920, 20170};
-    }
+    return row6(cycbcr_test::family_a(m), 1);
 }
-
 Row6 family_d(QBYCBCRMatrix m) {
-    switch (m) {
-        case 1:
-            return {0, 2563900, 3515106, 1789602, 861470, 4440674};
-        case 2:
-            return {16, 2984379, 4597072, 1369122, 546110, 5422648};
-        case 3:
-        case 5:
-            return {0, 2563900, 3948406, 1176830, 469193, 4656042};
-        case 4:
-            return {16, 2979840, 4590080, 1367040, 545280, 5414400};
-        case 6:
-            return {16, 2984379, 4303954, 1667624, 480280, 5491291};
-        case 7:
-            return {0, 2563900, 3780983, 1465012, 422017, 4823721};
-        default:
-            return {16, 2984379, 4091984, 2084450, 1005048, 5171386};
-    }
+    return row6(cycbcr_test::family_d(m), 1);
 }
 
 template <class T>

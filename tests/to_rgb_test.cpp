@@ -19,6 +19,7 @@
 #include "cycbcr.h"
 #include "frame/converters.h"
 #include "frame/formats.h"
+#include "support/colour_rows.h"
 #include "support/frames.h"
 #include "support/guarded_buffer.h"
 
@@ -35,27 +36,9 @@ using namespace cycbcr_test;
 // The rule
 // ---------------------------------------------------------------------------
 
-// Y offset, then Y gain, Cr to R, Cr to G, Cb to G, Cb to B, all x 10000.
-struct Gains {
-    int64_t off, gain, crR, crG, cbG, cbB;
-};
+// The 8-bit engines' gains, x 10000.
 Gains gains(QBYCBCRMatrix m) {
-    switch (m) {
-        case 1:
-            return {0, 10000, 13710, 6979, 3360, 17320};
-        case 2:
-        case 4:
-            return {16, 11640, 17930, 5340, 2130, 21150};
-        case 3:
-        case 5:
-            return {0, 10000, 15400, 4590, 1830, 18160};
-        case 6:
-            return {16, 11640, 16786, 6504, 1873, 21417};
-        case 7:
-            return {0, 10000, 14746, 5714, 1646, 18814};
-        default:
-            return {16, 11640, 15960, 8129, 3920, 20170};
-    }
+    return family_a(m);
 }
 
 struct Rgb {
@@ -603,26 +586,6 @@ INSTANTIATE_TEST_SUITE_P(All, EngineRule, ::testing::ValuesIn(kEngines),
 // The float and 16-bit siblings
 // ---------------------------------------------------------------------------
 
-// The master set in millionths, so the exact value of each channel is known.
-Gains master_micro(QBYCBCRMatrix m) {
-    switch (m) {
-        case 1:
-            return {0, 1000000, 1371000, 698000, 336000, 1732000};
-        case 2:
-        case 4:
-            return {16, 1164000, 1793000, 534000, 213000, 2115000};
-        case 3:
-        case 5:
-            return {0, 1000000, 1540000, 459000, 183000, 1816000};
-        case 6:
-            return {16, 1164000, 1678675, 650425, 187324, 2141773};
-        case 7:
-            return {0, 1000000, 1474700, 571400, 164600, 1881400};
-        default:
-            return {16, 1164000, 1596000, 813000, 392000, 2017000};
-    }
-}
-
 // A channel computed in double precision and truncated: the exact value's
 // truncation, or, where the exact value is a whole number, one below it (the
 // double sum may land a hair under it).
@@ -703,25 +666,6 @@ TEST(FloatEngine, FollowsTheMasterSetInDoublePrecision) {
 
 // Family D: R and B carry 5000 twice of rounding bias, G none; the studio
 // matrices take Y - 16 and add 4096 after the division.
-Gains family_d(QBYCBCRMatrix m) {
-    switch (m) {
-        case 1:
-            return {0, 2563900, 3515106, 1789602, 861470, 4440674};
-        case 2:
-            return {16, 2984379, 4597072, 1369122, 546110, 5422648};
-        case 3:
-        case 5:
-            return {0, 2563900, 3948406, 1176830, 469193, 4656042};
-        case 4:
-            return {16, 2979840, 4590080, 1367040, 545280, 5414400};
-        case 6:
-            return {16, 2984379, 4303954, 1667624, 480280, 5491291};
-        case 7:
-            return {0, 2563900, 3780983, 1465012, 422017, 4823721};
-        default:
-            return {16, 2984379, 4091984, 2084450, 1005048, 5171386};
-    }
-}
 Rgb rule_pixel16(QBYCBCRMatrix m, uint32_t y, uint32_t cb, uint32_t cr) {
     const Gains k = family_d(m);
     const bool studio = m <= 7 && m % 2 == 1;
