@@ -20,12 +20,8 @@
 // files of 'cycbcr preview' are read back with libpng.
 //
 // Usage: rgb_frames_test PATH_TO_CYCBCR [gtest arguments]
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <png.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
@@ -34,8 +30,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <ostream>
 #include <random>
 #include <string>
@@ -43,46 +37,24 @@
 #include <vector>
 
 #include "support/ffmpeg_v210.h"
+#include "tool_frames.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavutil/frame.h>
 #include <libavutil/imgutils.h>
-#include <libavutil/log.h>
 #include <libavutil/pixdesc.h>
 #include <libswscale/swscale.h>
 }
 
 namespace {
 
-std::string g_tool;
-std::filesystem::path g_dir;
+using namespace cycbcr_tool_test;
 
 constexpr int kFrames = 2;
 
 // ---------------------------------------------------------------------------
 // The formats, and FFmpeg's reading of each.
-
-enum class Kind { Packed, Planar420, Planar422, V210 };
-
-struct Format {
-    const char* name;  // the command's code
-    Kind kind;
-    AVPixelFormat pix;           // FFmpeg's format of the same bytes (not v210)
-    bool chroma_planes_swapped;  // YV12: YUV420P with Cr before Cb
-    bool bottom_up;              // cyuv: UYVY422 with the last row first
-};
-
-const Format kFormats[] = {
-    {"UYVY", Kind::Packed, AV_PIX_FMT_UYVY422, false, false},
-    {"YUY2", Kind::Packed, AV_PIX_FMT_YUYV422, false, false},
-    {"YVYU", Kind::Packed, AV_PIX_FMT_YVYU422, false, false},
-    {"cyuv", Kind::Packed, AV_PIX_FMT_UYVY422, false, true},
-    {"I420", Kind::Planar420, AV_PIX_FMT_YUV420P, false, false},
-    {"YV12", Kind::Planar420, AV_PIX_FMT_YUV420P, true, false},
-    {"P422", Kind::Planar422, AV_PIX_FMT_YUV422P, false, false},
-    {"v210", Kind::V210, AV_PIX_FMT_NONE, false, false},
-};
 
 struct Size {
     uint32_t w, h;
@@ -97,14 +69,8 @@ bool applies(const Format& f, Size s) {
     return f.kind != Kind::V210 || s.h >= 4;
 }
 
-size_t v210_row_bytes(uint32_t w) {
-    return size_t{(w + 47) / 48 * 128};
-}
-
 size_t frame_bytes(const Format& f, Size s) {
-    if (f.kind == Kind::V210) return v210_row_bytes(s.w) * s.h;
-    return static_cast<size_t>(
-        av_image_get_buffer_size(f.pix, static_cast<int>(s.w), static_cast<int>(s.h), 1));
+    return cycbcr_tool_test::frame_bytes(f, s.w, s.h);
 }
 
 // One frame as 8-bit samples for every pixel.
@@ -145,26 +111,14 @@ Picture read_frame(const Format& f, const uint8_t* data, Size s) {
         shift = 2;
     } else {
         std::vector<uint8_t> copy(data, data + frame_bytes(f, s));
-        uint8_t* planes[4] = {};
-        int linesize[4] = {};
-        av_image_fill_arrays(planes, linesize, copy.data(), f.pix, static_cast<int>(s.w),
-                             static_cast<int>(s.h), 1);
-        if (f.chroma_planes_swapped) {
-            std::swap(planes[1], planes[2]);
-            std::swap(linesize[1], linesize[2]);
-        }
-        if (f.bottom_up) {
-            planes[0] += static_cast<ptrdiff_t>(s.h - 1) * linesize[0];
-            linesize[0] = -linesize[0];
-        }
-        const AVPixFmtDescriptor* desc = av_pix_fmt_desc_get(f.pix);
+        ImageView v = image_view(f, copy.data(), s.w, s.h);
         const uint32_t chroma_rows = f.kind == Kind::Planar420 ? (s.h + 1) / 2 : s.h;
         for (int c = 0; c < 3; ++c) {
             const uint32_t n = c == 0 ? s.w : chroma_w;
             for (uint32_t r = 0; r < (c == 0 ? s.h : chroma_rows); ++r) {
                 std::vector<uint16_t> row(n);
-                av_read_image_line2(row.data(), const_cast<const uint8_t**>(planes), linesize, desc,
-                                    0, static_cast<int>(r), c, static_cast<int>(n), 0, 2);
+                av_read_image_line2(row.data(), const_cast<const uint8_t**>(v.data), v.linesize,
+                                    v.desc, 0, static_cast<int>(r), c, static_cast<int>(n), 0, 2);
                 (c == 0 ? luma : chroma[c - 1]).push_back(std::move(row));
             }
         }
@@ -394,41 +348,6 @@ std::vector<uint8_t> shown(const uint8_t* rgb, Size s, Depth d) {
 // ---------------------------------------------------------------------------
 // Files and the command.
 
-std::vector<uint8_t> read_file(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-void write_file(const std::filesystem::path& path, const std::vector<uint8_t>& bytes) {
-    std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()),
-               static_cast<std::streamsize>(bytes.size()));
-}
-
-// Runs the command; "" on success, else its status and what it said.
-std::string run_tool(const std::vector<std::string>& args) {
-    const std::string err = (g_dir / "stderr.txt").string();
-    std::vector<char*> argv = {g_tool.data()};
-    std::vector<std::string> owned(args);
-    for (std::string& a : owned) argv.push_back(a.data());
-    argv.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, err.c_str(),
-                                     O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    pid_t pid = 0;
-    int status = -1;
-    const int spawned = posix_spawn(&pid, g_tool.c_str(), &actions, nullptr, argv.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    if (spawned != 0) return std::string("cannot run ") + g_tool;
-    if (waitpid(pid, &status, 0) != pid) return std::string("lost ") + g_tool;
-    if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return "";
-    const std::vector<uint8_t> said = read_file(err);
-    std::string text = "status " + std::to_string(status) + ": ";
-    text.append(said.begin(), said.end());
-    return text;
-}
-
 std::string size_text(Size s) {
     return std::to_string(s.w) + "x" + std::to_string(s.h);
 }
@@ -633,21 +552,5 @@ INSTANTIATE_TEST_SUITE_P(EveryFormat, RgbFrames, testing::ValuesIn(all_formats()
 }  // namespace
 
 int main(int argc, char** argv) {
-    testing::InitGoogleTest(&argc, argv);
-    if (argc < 2) {
-        std::fprintf(stderr, "usage: %s PATH_TO_CYCBCR [gtest arguments]\n", argv[0]);
-        return 2;
-    }
-    g_tool = std::filesystem::absolute(argv[1]).string();
-    av_log_set_level(AV_LOG_QUIET);
-    std::string pattern = (std::filesystem::temp_directory_path() / "cycbcr-rgb-XXXXXX").string();
-    const char* dir = mkdtemp(pattern.data());
-    if (dir == nullptr) {
-        std::perror("mkdtemp");
-        return 2;
-    }
-    g_dir = dir;
-    const int result = RUN_ALL_TESTS();
-    std::filesystem::remove_all(g_dir);
-    return result;
+    return tool_test_main(argc, argv, "cycbcr-rgb");
 }

@@ -6,19 +6,13 @@
 // samples that differ from the picture.
 //
 // Usage: standard_frames_test PATH_TO_CYCBCR [gtest arguments]
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <ostream>
 #include <string>
@@ -26,19 +20,18 @@
 #include <vector>
 
 #include "support/ffmpeg_v210.h"
+#include "tool_frames.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavutil/frame.h>
 #include <libavutil/imgutils.h>
-#include <libavutil/log.h>
 #include <libavutil/pixdesc.h>
 }
 
 namespace {
 
-std::string g_tool;
-std::filesystem::path g_dir;
+using namespace cycbcr_tool_test;
 
 constexpr uint32_t kWidths[] = {2, 6, 720, 1276, 1280, 1920, 3840};
 constexpr uint32_t kHeight = 8;
@@ -74,62 +67,6 @@ Picture make_picture(uint32_t w, uint32_t h, int frame) {
 
 // ---------------------------------------------------------------------------
 // The formats and FFmpeg's reading of each.
-
-enum class Kind { Packed, Planar420, Planar422, V210 };
-
-struct Format {
-    const char* name;  // the command's code
-    Kind kind;
-    AVPixelFormat pix;           // FFmpeg's format of the same bytes (not v210)
-    bool chroma_planes_swapped;  // YV12: YUV420P with Cr before Cb
-    bool bottom_up;              // cyuv: UYVY422 with the last row first
-};
-
-const Format kFormats[] = {
-    {"UYVY", Kind::Packed, AV_PIX_FMT_UYVY422, false, false},
-    {"YUY2", Kind::Packed, AV_PIX_FMT_YUYV422, false, false},
-    {"YVYU", Kind::Packed, AV_PIX_FMT_YVYU422, false, false},
-    {"cyuv", Kind::Packed, AV_PIX_FMT_UYVY422, false, true},
-    {"I420", Kind::Planar420, AV_PIX_FMT_YUV420P, false, false},
-    {"YV12", Kind::Planar420, AV_PIX_FMT_YUV420P, true, false},
-    {"P422", Kind::Planar422, AV_PIX_FMT_YUV422P, false, false},
-    {"v210", Kind::V210, AV_PIX_FMT_NONE, false, false},
-};
-
-size_t v210_frame_bytes(uint32_t w, uint32_t h) {
-    return size_t{(w + 47) / 48 * 128} * h;
-}
-
-size_t frame_bytes(const Format& f, uint32_t w, uint32_t h) {
-    if (f.kind == Kind::V210) return v210_frame_bytes(w, h);
-    return static_cast<size_t>(
-        av_image_get_buffer_size(f.pix, static_cast<int>(w), static_cast<int>(h), 1));
-}
-
-// An 8-bit frame as FFmpeg addresses it: its planes tightly packed.
-struct ImageView {
-    uint8_t* data[4] = {};
-    int linesize[4] = {};
-    const AVPixFmtDescriptor* desc = nullptr;
-};
-
-ImageView image_view(const Format& f, uint8_t* frame, uint32_t w, uint32_t h) {
-    ImageView v;
-    v.desc = av_pix_fmt_desc_get(f.pix);
-    av_image_fill_arrays(v.data, v.linesize, frame, f.pix, static_cast<int>(w), static_cast<int>(h),
-                         1);
-    if (f.chroma_planes_swapped) {
-        std::swap(v.data[1], v.data[2]);
-        std::swap(v.linesize[1], v.linesize[2]);
-    }
-    if (f.bottom_up) {
-        // cyuv is UYVY stored bottom-up: read as UYVY422 from the last stored
-        // row upward.
-        v.data[0] += static_cast<ptrdiff_t>(h - 1) * v.linesize[0];
-        v.linesize[0] = -v.linesize[0];
-    }
-    return v;
-}
 
 // The chroma row of a frame's plane row: 4:2:0 rows stand for two picture
 // rows, which the picture gives the same chroma.
@@ -231,37 +168,6 @@ std::string compare(const Format& f, const Decoded& d, const Picture& p) {
 // ---------------------------------------------------------------------------
 // Files and the command.
 
-std::vector<uint8_t> read_file(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-// Runs the command; "" on success, else its status and what it said.
-std::string run_tool(const std::vector<std::string>& args) {
-    const std::string err = (g_dir / "stderr.txt").string();
-    std::vector<char*> argv = {g_tool.data()};
-    std::vector<std::string> owned(args);
-    for (std::string& a : owned) argv.push_back(a.data());
-    argv.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, err.c_str(),
-                                     O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    pid_t pid = 0;
-    int status = -1;
-    const int spawned = posix_spawn(&pid, g_tool.c_str(), &actions, nullptr, argv.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    if (spawned != 0) return std::string("cannot run ") + g_tool;
-    if (waitpid(pid, &status, 0) != pid) return std::string("lost ") + g_tool;
-    if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return "";
-    const std::vector<uint8_t> said = read_file(err);
-    std::string text = "status ";
-    text += std::to_string(status);
-    text += ": ";
-    text.append(said.begin(), said.end());
-    return text;
-}
-
 // The input file of kFrames frames of the picture in a format at a width,
 // written once and shared by every pair.
 std::filesystem::path input_file(const Format& f, uint32_t w) {
@@ -358,22 +264,5 @@ INSTANTIATE_TEST_SUITE_P(EveryPair, EveryRowEnd, testing::ValuesIn(all_pairs()),
 }  // namespace
 
 int main(int argc, char** argv) {
-    testing::InitGoogleTest(&argc, argv);
-    if (argc < 2) {
-        std::fprintf(stderr, "usage: %s PATH_TO_CYCBCR [gtest arguments]\n", argv[0]);
-        return 2;
-    }
-    g_tool = std::filesystem::absolute(argv[1]).string();
-    av_log_set_level(AV_LOG_QUIET);
-    std::string pattern =
-        (std::filesystem::temp_directory_path() / "cycbcr-frames-XXXXXX").string();
-    const char* dir = mkdtemp(pattern.data());
-    if (dir == nullptr) {
-        std::perror("mkdtemp");
-        return 2;
-    }
-    g_dir = dir;
-    const int result = RUN_ALL_TESTS();
-    std::filesystem::remove_all(g_dir);
-    return result;
+    return tool_test_main(argc, argv, "cycbcr-frames");
 }
