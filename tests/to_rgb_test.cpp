@@ -600,9 +600,12 @@ Choice float_channel(int64_t micro) {
     return {static_cast<uint32_t>(q), micro % 1000000 == 0};
 }
 
-TEST(FloatEngine, FollowsTheMasterSetInDoublePrecision) {
+// The frames the float and 16-bit engines are checked on: packed, planar 4:2:2
+// and 4:2:0 sources of random samples at a few widths and heights. Calls
+// fn(samples, w, h, row, seed) with row the pixels written per row.
+template <class Fn>
+void for_each_sibling_frame(uint32_t seed, Fn&& fn) {
     const Shape shapes[] = {Shape::Packed, Shape::Planar, Shape::Planar};
-    uint32_t seed = 900;
     for (int si = 0; si < 3; ++si) {
         const Shape shape = shapes[si];
         const bool full = si != 2;
@@ -613,55 +616,64 @@ TEST(FloatEngine, FollowsTheMasterSetInDoublePrecision) {
                 const auto cb = random_bytes(rr.cb + 1, ++seed);
                 const auto cr = random_bytes(rr.cr + 1, ++seed);
                 const Samples s{y.data(), cb.data(), cr.data(), shape, full, w};
-                const uint32_t row = static_cast<uint32_t>(2 * pairs_of(w));
-                for (QBYCBCRMatrix m : kMatrices)
-                    for (uint32_t depth : {15u, 16u, 24u, 32u, 8u})
-                        for (QBYCBCRRgbType t : kTypes) {
-                            const uint32_t bpp = pixel_bytes(depth);
-                            const uint32_t dp = row * 4 + 4;
-                            const auto init = random_bytes(size_t{dp} * h, seed + depth);
-                            std::vector<uint8_t> got = init;
-                            const unsigned res = cycbcr_ToRGBFloat(
-                                got.data(), y.data(), cb.data(), cr.data(), w, h, dp, 0, m, t,
-                                full ? 1 : 0, shape == Shape::Planar ? 1 : 0, depth, 0);
-                            const Case c{w, h, dp, 0, m, t, 0};
-                            ASSERT_EQ(res, w * h * result_bytes(depth)) << c;
-                            if (bpp == 0) {
-                                ASSERT_EQ(got, init) << "depth " << depth << ", " << c;
-                                continue;
-                            }
-                            const Gains k = master_micro(m);
-                            for (uint32_t n = 0; n < h; ++n)
-                                for (uint32_t j = 0; j < row; ++j) {
-                                    const Ycc v = sample(s, n, j);
-                                    const int64_t u = int64_t{v.cb} - 128, r = int64_t{v.cr} - 128;
-                                    const int64_t l = (int64_t{v.y} - k.off) * k.gain;
-                                    const Choice ch[3] = {float_channel(l + k.crR * r),
-                                                          float_channel(l - k.crG * r - k.cbG * u),
-                                                          float_channel(l + k.cbB * u)};
-                                    const size_t at =
-                                        size_t{bottom_up(t) ? h - 1 - n : n} * dp + size_t{j} * bpp;
-                                    bool ok = false;
-                                    for (int alt = 0; alt < 8 && !ok; ++alt) {
-                                        uint32_t c3[3];
-                                        bool valid = true;
-                                        for (int i = 0; i < 3; ++i) {
-                                            const bool down = (alt >> i) & 1;
-                                            valid = valid && (!down || ch[i].alt);
-                                            c3[i] = ch[i].v - (down ? 1 : 0);
-                                        }
-                                        if (!valid) continue;
-                                        uint8_t p[4];
-                                        put(p, depth, t, {c3[0], c3[1], c3[2]}, 255);
-                                        ok = std::equal(p, p + bpp, got.begin() + at);
-                                    }
-                                    ASSERT_TRUE(ok) << "row " << n << " pixel " << j << ", Y "
-                                                    << v.y << " Cb " << v.cb << " Cr " << v.cr
-                                                    << ", depth " << depth << ", " << c;
-                                }
-                        }
+                fn(s, w, h, static_cast<uint32_t>(2 * pairs_of(w)), seed);
+                if (::testing::Test::HasFatalFailure()) return;
             }
     }
+}
+
+TEST(FloatEngine, FollowsTheMasterSetInDoublePrecision) {
+    for_each_sibling_frame(
+        900, [](const Samples& s, uint32_t w, uint32_t h, uint32_t row, uint32_t seed) {
+            const bool full = s.full;
+            const Shape shape = s.shape;
+            for (QBYCBCRMatrix m : kMatrices)
+                for (uint32_t depth : {15u, 16u, 24u, 32u, 8u})
+                    for (QBYCBCRRgbType t : kTypes) {
+                        const uint32_t bpp = pixel_bytes(depth);
+                        const uint32_t dp = row * 4 + 4;
+                        const auto init = random_bytes(size_t{dp} * h, seed + depth);
+                        std::vector<uint8_t> got = init;
+                        const unsigned res = cycbcr_ToRGBFloat(
+                            got.data(), s.y, s.cb, s.cr, w, h, dp, 0, m, t, full ? 1 : 0,
+                            shape == Shape::Planar ? 1 : 0, depth, 0);
+                        const Case c{w, h, dp, 0, m, t, 0};
+                        ASSERT_EQ(res, w * h * result_bytes(depth)) << c;
+                        if (bpp == 0) {
+                            ASSERT_EQ(got, init) << "depth " << depth << ", " << c;
+                            continue;
+                        }
+                        const Gains k = master_micro(m);
+                        for (uint32_t n = 0; n < h; ++n)
+                            for (uint32_t j = 0; j < row; ++j) {
+                                const Ycc v = sample(s, n, j);
+                                const int64_t u = int64_t{v.cb} - 128, r = int64_t{v.cr} - 128;
+                                const int64_t l = (int64_t{v.y} - k.off) * k.gain;
+                                const Choice ch[3] = {float_channel(l + k.crR * r),
+                                                      float_channel(l - k.crG * r - k.cbG * u),
+                                                      float_channel(l + k.cbB * u)};
+                                const size_t at =
+                                    size_t{bottom_up(t) ? h - 1 - n : n} * dp + size_t{j} * bpp;
+                                bool ok = false;
+                                for (int alt = 0; alt < 8 && !ok; ++alt) {
+                                    uint32_t c3[3];
+                                    bool valid = true;
+                                    for (int i = 0; i < 3; ++i) {
+                                        const bool down = (alt >> i) & 1;
+                                        valid = valid && (!down || ch[i].alt);
+                                        c3[i] = ch[i].v - (down ? 1 : 0);
+                                    }
+                                    if (!valid) continue;
+                                    uint8_t p[4];
+                                    put(p, depth, t, {c3[0], c3[1], c3[2]}, 255);
+                                    ok = std::equal(p, p + bpp, got.begin() + at);
+                                }
+                                ASSERT_TRUE(ok)
+                                    << "row " << n << " pixel " << j << ", Y " << v.y << " Cb "
+                                    << v.cb << " Cr " << v.cr << ", depth " << depth << ", " << c;
+                            }
+                    }
+        });
 }
 
 // Family D: R and B carry 5000 twice of rounding bias, G none; the studio
@@ -697,46 +709,36 @@ void put16(uint8_t* p, uint32_t depth, QBYCBCRRgbType t, Rgb c) {
 }
 
 TEST(SixteenBitEngine, FollowsFamilyD) {
-    const Shape shapes[] = {Shape::Packed, Shape::Planar, Shape::Planar};
-    uint32_t seed = 1900;
-    for (int si = 0; si < 3; ++si) {
-        const Shape shape = shapes[si];
-        const bool full = si != 2;
-        for (uint32_t w : {1u, 2u, 3u, 7u, 16u, 33u})
-            for (uint32_t h : {1u, 2u, 3u}) {
-                const Reach rr = reach(shape, full, w, h);
-                const auto y = random_bytes(rr.y + 2, ++seed);
-                const auto cb = random_bytes(rr.cb + 1, ++seed);
-                const auto cr = random_bytes(rr.cr + 1, ++seed);
-                const Samples s{y.data(), cb.data(), cr.data(), shape, full, w};
-                const uint32_t row = static_cast<uint32_t>(2 * pairs_of(w));
-                for (QBYCBCRMatrix m : kMatrices)
-                    for (uint32_t depth : {24u, 48u, 32u, 64u, 16u})
-                        for (QBYCBCRRgbType t : kTypes) {
-                            const bool three = depth == 24 || depth == 48;
-                            const bool writes = three || depth == 32 || depth == 64;
-                            const uint32_t bpp = three ? 6 : 8;
-                            const uint32_t dp = row * 8 + 6;
-                            const auto init = random_bytes(size_t{dp} * h, seed + depth);
-                            std::vector<uint8_t> got = init, want = init;
-                            const unsigned res = cycbcr_ToRGBInt16(
-                                got.data(), y.data(), cb.data(), cr.data(), w, h, dp, 0, m, t,
-                                full ? 1 : 0, shape == Shape::Planar ? 1 : 0, depth, 0);
-                            const Case c{w, h, dp, 0, m, t, 0};
-                            if (writes) {
-                                ASSERT_EQ(res, w * h * bpp) << "depth " << depth << ", " << c;
-                                for (uint32_t n = 0; n < h; ++n)
-                                    for (uint32_t j = 0; j < row; ++j) {
-                                        const Ycc v = sample(s, n, j);
-                                        put16(&want[size_t{bottom_up(t) ? h - 1 - n : n} * dp +
-                                                    size_t{j} * bpp],
-                                              depth, t, rule_pixel16(m, v.y, v.cb, v.cr));
-                                    }
-                            }
-                            ASSERT_TRUE(same_bytes(got, want)) << "depth " << depth << ", " << c;
+    for_each_sibling_frame(
+        1900, [](const Samples& s, uint32_t w, uint32_t h, uint32_t row, uint32_t seed) {
+            const bool full = s.full;
+            const Shape shape = s.shape;
+            for (QBYCBCRMatrix m : kMatrices)
+                for (uint32_t depth : {24u, 48u, 32u, 64u, 16u})
+                    for (QBYCBCRRgbType t : kTypes) {
+                        const bool three = depth == 24 || depth == 48;
+                        const bool writes = three || depth == 32 || depth == 64;
+                        const uint32_t bpp = three ? 6 : 8;
+                        const uint32_t dp = row * 8 + 6;
+                        const auto init = random_bytes(size_t{dp} * h, seed + depth);
+                        std::vector<uint8_t> got = init, want = init;
+                        const unsigned res = cycbcr_ToRGBInt16(
+                            got.data(), s.y, s.cb, s.cr, w, h, dp, 0, m, t, full ? 1 : 0,
+                            shape == Shape::Planar ? 1 : 0, depth, 0);
+                        const Case c{w, h, dp, 0, m, t, 0};
+                        if (writes) {
+                            ASSERT_EQ(res, w * h * bpp) << "depth " << depth << ", " << c;
+                            for (uint32_t n = 0; n < h; ++n)
+                                for (uint32_t j = 0; j < row; ++j) {
+                                    const Ycc v = sample(s, n, j);
+                                    put16(&want[size_t{bottom_up(t) ? h - 1 - n : n} * dp +
+                                                size_t{j} * bpp],
+                                          depth, t, rule_pixel16(m, v.y, v.cb, v.cr));
+                                }
                         }
-            }
-    }
+                        ASSERT_TRUE(same_bytes(got, want)) << "depth " << depth << ", " << c;
+                    }
+        });
 }
 
 // ---------------------------------------------------------------------------
