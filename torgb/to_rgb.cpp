@@ -304,7 +304,7 @@ CYCBCR_API unsigned int cycbcrBi_ToRGBInt(CYCBCR_ENGINE_ARGS) {
 
 CYCBCR_API unsigned int cycbcr_ToRGBFloat(CYCBCR_ENGINE_ARGS) {
     const EngineArgs e = CYCBCR_ENGINE_STRUCT;
-    const uint32_t result = width * height * (depth == 15 || depth == 16 ? 2 : depth == 24 ? 3 : 4);
+    const uint32_t result = engine_result(e, bytes_of_depth(depth));
     RgbDepth d;
     if (height == 0 || !depth_of_bits(depth, &d)) return result;
     const MasterSet px{kMaster[matrix]};
@@ -328,7 +328,7 @@ CYCBCR_API unsigned int cycbcr_ToRGBFloat(CYCBCR_ENGINE_ARGS) {
 CYCBCR_API unsigned int cycbcr_ToRGBInt16(CYCBCR_ENGINE_ARGS) {
     const EngineArgs e = CYCBCR_ENGINE_STRUCT;
     const bool three = depth == 24 || depth == 48;
-    const uint32_t result = width * height * (three ? 6 : 8);
+    const uint32_t result = engine_result(e, three ? 6 : 8);
     if (height == 0 || (!three && depth != 32 && depth != 64)) return result;
     const FamilyD px{kFamilyD[matrix], matrix <= 7 && matrix % 2 == 1};
     if (three)
