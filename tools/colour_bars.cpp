@@ -102,6 +102,19 @@ void write_planar(bool cr_first, bool full_height_chroma, uint32_t width, uint32
     }
 }
 
+// NV12: the I420 bars, then their Cb and Cr planes interleaved into one plane
+// of Cb, Cr pairs (the two frames are the same size).
+void write_nv12(uint32_t width, uint32_t height, std::span<uint8_t> frame) {
+    write_planar(false, false, width, height, frame);
+    const size_t luma = size_t{width} * height;
+    const size_t chroma = size_t{width / 2 + width % 2} * (height / 2 + height % 2);
+    const std::vector<uint8_t> planes(frame.begin() + luma, frame.begin() + luma + 2 * chroma);
+    for (size_t i = 0; i < chroma; ++i) {
+        frame[luma + 2 * i] = planes[i];
+        frame[luma + 2 * i + 1] = planes[chroma + i];
+    }
+}
+
 // v210: each group of six pixels is twelve samples in the UYVY order
 // (Cb0 Y0 Cr0 Y1 Cb1 Y2 ...), three to a little-endian word, bits 30-31 zero.
 // Pixels past the width that complete the last group repeat the last pixel;
@@ -162,6 +175,8 @@ void write_colour_bars(Format format, uint32_t width, uint32_t height, const Fra
             return write_planar(true, false, width, height, frame);
         case Format::P422:
             return write_planar(false, true, width, height, frame);
+        case Format::NV12:
+            return write_nv12(width, height, frame);
         default:
             break;
     }

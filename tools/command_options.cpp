@@ -88,6 +88,10 @@ const FormatCode& resolve_code(const std::string& text, bool destination) {
     return *code;
 }
 
+const FormatCode& resolve_source(const std::string& text) {
+    return names_nv12(text) ? nv12_code() : resolve_code(text, false);
+}
+
 std::optional<RgbDepth> resolve_rgb(const std::string& text) {
     if (const std::optional<RgbDepth> depth = parse_rgb_depth(text)) return depth;
     const std::optional<uint32_t> value = parse_code(text);

@@ -42,6 +42,9 @@ class Options {
 // unknown one, and for a source-only code as a destination.
 const FormatCode& resolve_code(const std::string& text, bool destination);
 
+// A source as typed: a code as resolve_code() reads it, or the name NV12.
+const FormatCode& resolve_source(const std::string& text);
+
 // An RGB destination or source: rgb555, rgb565, rgb24, rgb32 (any case), or a
 // code of the RGB format (0: rgb32). nullopt for any other text.
 std::optional<RgbDepth> resolve_rgb(const std::string& text);

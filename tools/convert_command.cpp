@@ -100,6 +100,15 @@ Conversion make_conversion(const Options& options, const FormatCode& from, uint3
         c.dst_text = rgb_depth_name(*depth);
         return c;
     }
+    if (names_nv12(to_text)) {
+        throw ToolError(
+            "convert: NV12 is read only, as a source for RGB destinations; "
+            "it cannot be written");
+    }
+    if (from.format == Format::NV12) {
+        throw ToolError("convert: NV12 converts to RGB depths only, not to " + to_text +
+                        " (see cycbcr formats)");
+    }
     for (const char* rgb_only : {"--matrix", "--rgb-type", "--bottom-up"}) {
         if (options.has(rgb_only)) {
             throw ToolError(std::string("convert: ") + rgb_only +
@@ -133,7 +142,7 @@ int run_convert(Args args) {
     if (parse_rgb_depth(from_text)) {
         throw ToolError("converting from RGB is not supported; 'cycbcr preview' reads RGB frames");
     }
-    const FormatCode& from = resolve_code(from_text, false);
+    const FormatCode& from = resolve_source(from_text);
 
     uint32_t width = 1920;
     uint32_t height = 1080;

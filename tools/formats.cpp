@@ -35,6 +35,8 @@ constexpr std::array kCodes = {
     FormatCode{CYCBCR_FOURCC_RGB32, Format::RGB32, false},
 };
 
+constexpr FormatCode kNv12 = {CYCBCR_FOURCC('N', 'V', '1', '2'), Format::NV12, true};
+
 // Frames the converters take pitches and return byte counts in 32 bits, so a
 // frame must stay below 4 GiB; the dimension cap keeps the arithmetic simple.
 constexpr uint32_t kMaxDimension = 32768;
@@ -63,6 +65,20 @@ const FormatCode* find_code(uint32_t value) {
         if (code.value == value) return &code;
     }
     return nullptr;
+}
+
+const FormatCode& nv12_code() {
+    return kNv12;
+}
+
+bool names_nv12(std::string_view text) {
+    constexpr std::string_view kName = "nv12";
+    if (text.size() != kName.size()) return false;
+    for (size_t i = 0; i < kName.size(); ++i) {
+        const char c = text[i] >= 'A' && text[i] <= 'Z' ? static_cast<char>(text[i] + 32) : text[i];
+        if (c != kName[i]) return false;
+    }
+    return true;
 }
 
 std::optional<uint32_t> parse_code(std::string_view text) {
@@ -115,6 +131,8 @@ const char* format_description(Format format) {
             return "packed 4:2:2, 10-bit, 6 pixels in 16 bytes, rows of 48-pixel blocks";
         case Format::RGB32:
             return "RGB, 4 bytes per pixel in the order --rgb-type gives";
+        case Format::NV12:
+            return "semi-planar 4:2:0, 8-bit, a Y plane, then one plane of Cb, Cr pairs";
     }
     return "?";
 }
@@ -131,6 +149,7 @@ uint32_t natural_pitch(Format format, uint32_t width) {
         case Format::I420:
         case Format::YV12:
         case Format::P422:
+        case Format::NV12:
             return width;
         case Format::RGB32:
             return 4 * width;
@@ -158,6 +177,8 @@ const char* format_name(Format format) {
             return "v210";
         case Format::RGB32:
             return "rgb32";
+        case Format::NV12:
+            return "NV12";
     }
     return "?";
 }
@@ -174,6 +195,7 @@ bool command_lays_out(Format format) {
         case Format::P422:
             return true;
         case Format::RGB32:
+        case Format::NV12:
             return false;
     }
     return false;
@@ -192,6 +214,13 @@ std::vector<PlaneRows> frame_planes(Format format, uint32_t width, uint32_t heig
             return {{0, pitch, width, height},
                     {luma, chroma_pitch, width / 2, chroma_rows},
                     {luma + chroma, chroma_pitch, width / 2, chroma_rows}};
+        }
+        case Format::NV12: {
+            // Chroma row n of the call lies at (n / 2) * width bytes for an
+            // even width, whatever the pitch: rows pitch apart at the natural
+            // pitch.
+            const uint64_t luma = uint64_t{pitch} * height;
+            return {{0, pitch, width, height}, {luma, pitch, width, height / 2}};
         }
         case Format::V210:
             return {{0, pitch, v210_row_bytes(width), height}};
@@ -257,6 +286,11 @@ std::vector<PlaneRows> source_planes(Format format, uint32_t width, uint32_t hei
             return {{0, width, width, height},
                     {luma, chroma_width, chroma_width, chroma_rows},
                     {luma + chroma, chroma_width, chroma_width, chroma_rows}};
+        }
+        case Format::NV12: {
+            const uint32_t pair_bytes = 2 * (width / 2 + width % 2);
+            return {{0, width, width, height},
+                    {uint64_t{width} * height, pair_bytes, pair_bytes, height / 2 + height % 2}};
         }
         case Format::RGB32:
             break;

@@ -12,7 +12,7 @@
 namespace cycbcr_tool {
 
 // The canonical formats every accepted code stands for.
-enum class Format { UYVY, YUY2, YVYU, CYUV, I420, YV12, P422, V210, RGB32 };
+enum class Format { UYVY, YUY2, YVYU, CYUV, I420, YV12, P422, V210, RGB32, NV12 };
 
 struct FormatCode {
     uint32_t value;
@@ -26,6 +26,14 @@ std::span<const FormatCode> all_codes();
 // The accepted code with this value, or nullptr. Values are compared whole, so
 // "yuv2" and "yuV2" are two codes and "YUV2" is none.
 const FormatCode* find_code(uint32_t value);
+
+// NV12 (a Y plane, then one plane of Cb, Cr pairs) has no code the library's
+// dispatcher takes: the command knows it by name, "NV12" in any case, as a
+// source for RGB destinations and previews only. Its FormatCode is not in
+// all_codes() and find_code() never returns it; its value, the four
+// characters, is for messages and summaries only.
+const FormatCode& nv12_code();
+bool names_nv12(std::string_view text);
 
 // Reads a code as typed: a hexadecimal number with a 0x prefix ("0x8800001E"),
 // a decimal number ("0"), or four characters taken as a FourCC ("UYVY").
@@ -68,14 +76,16 @@ struct PlaneRows {
 // The planes of a frame of a laid-out format whose rows lie pitch bytes apart,
 // where a converter writing it at that pitch puts them: planar chroma planes
 // from pitch * height on, chroma rows pitch / 2 apart, the second chroma plane
-// right after the first. At natural_pitch() this is the file frame.
+// right after the first; NV12's Cb, Cr pairs from pitch * height on, rows
+// pitch apart. At natural_pitch() this is the file frame (at even sizes).
 std::vector<PlaneRows> frame_planes(Format format, uint32_t width, uint32_t height, uint32_t pitch);
 
 // The bytes from the start of the first plane to the end of the last row slot
 // of the last one.
 uint64_t frame_extent(std::span<const PlaneRows> planes);
 
-// Whether frame_layout() knows the format at all (for any size it accepts).
+// Whether frame_layout() knows the format at all (for any size it accepts):
+// every format that converts to another YCbCr format (not NV12).
 bool command_lays_out(Format format);
 
 // The layout of a YCbCr frame of any size, as conversions to RGB and previews
@@ -84,7 +94,9 @@ bool command_lays_out(Format format);
 // pixel pairs (ceil(width / 2) * 4 bytes, the last pair's second pixel lying
 // past the picture), planar chroma planes hold ceil(width / 2) samples a row
 // and ceil(height / 2) rows for 4:2:0 (all rows for P422), the planes back to
-// back after a Y plane of width x height. v210 takes every width as it is.
+// back after a Y plane of width x height; NV12's one chroma plane holds
+// ceil(width / 2) Cb, Cr pairs a row and ceil(height / 2) rows. v210 takes
+// every width as it is.
 // Throws ToolError for the RGB format.
 FrameLayout source_layout(Format format, uint32_t width, uint32_t height);
 

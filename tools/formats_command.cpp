@@ -53,6 +53,8 @@ int run_formats(Args args) {
         }
         std::printf("         %s\n", line.c_str());
     }
+    std::printf("  %-6s %s\n", format_name(Format::NV12), format_description(Format::NV12));
+    std::puts("         name NV12 (no code): a source for RGB destinations and previews only");
 
     std::puts(
         "\n  RGB destinations are named by depth: rgb555, rgb565, rgb24, rgb32 (code 0),\n"
@@ -93,9 +95,16 @@ int run_formats(Args args) {
         }
         std::putchar('\n');
     }
+    // NV12 converts to RGB only, through the library's converter to rgb32
+    // (the other depths repacked from its frame).
+    std::printf("  %-9s", format_name(Format::NV12));
+    for (size_t i = 0; i < ycbcr.size(); ++i) std::printf(" %6s", "-");
+    for (size_t i = 0; i < all_rgb_depths().size(); ++i) std::printf(" %6s", "yes");
+    std::putchar('\n');
     std::puts(
         "\n  yes  converted by 'cycbcr convert' through the library's converters (v210 to\n"
-        "       RGB through YUY2: the library has no converter of its own for it)\n"
+        "       RGB through YUY2: the library has no converter of its own for it; NV12\n"
+        "       to rgb555, rgb565 and rgb24 repacked from its converter to rgb32)\n"
         "  lib  converted by the library; 'cycbcr convert' cannot read or write\n"
         "       one of the two formats yet, or lacks a converter of its route\n"
         "  -    not converted by this build of the library");

@@ -36,9 +36,10 @@ std::string code_list() {
 
 std::string usage_text() {
     return "usage:\n"
-           "  cycbcr convert --from CODE --to CODE|RGB [--size WxH] [--in FILE] [--out FILE]\n"
-           "                 [--matrix M] [--rgb-type T] [--bottom-up] [--level N]\n"
-           "  cycbcr preview --from CODE|RGB --out FILE.png [--size WxH] [--in FILE]\n"
+           "  cycbcr convert --from CODE|NV12 --to CODE|RGB [--size WxH] [--in FILE]\n"
+           "                 [--out FILE] [--matrix M] [--rgb-type T] [--bottom-up]\n"
+           "                 [--level N]\n"
+           "  cycbcr preview --from CODE|NV12|RGB --out FILE.png [--size WxH] [--in FILE]\n"
            "                 [--frame N] [--matrix M] [--rgb-type T] [--bottom-up] [--level N]\n"
            "  cycbcr formats\n"
            "  cycbcr cpu\n"
@@ -57,6 +58,9 @@ std::string usage_text() {
            "         RGB destinations: --to rgb555, rgb565, rgb24 or rgb32 (or the code 0),\n"
            "         from any YCbCr format, with --matrix (default 601) and --rgb-type\n"
            "         (default bgra); these options apply to RGB destinations only.\n"
+           "         NV12 (a name, in any case; it has no code) is a source for RGB\n"
+           "         destinations and previews only: not for YCbCr destinations, and\n"
+           "         never a destination.\n"
            "preview  Writes one frame (--frame N, counted from 0; default 0) as an 8-bit RGB\n"
            "         PNG file for a person to look at. The source is any format convert\n"
            "         reads, or an RGB frame as convert writes it: --from rgb555, rgb565,\n"
@@ -79,6 +83,8 @@ std::string usage_text() {
            "out as is usual for raw files: packed rows of whole pairs, ceil(width / 2) *\n"
            "4 bytes (the last pair's second pixel is not shown), chroma planes of\n"
            "ceil(width / 2) x ceil(height / 2) (4:2:0) or ceil(width / 2) x height (P422).\n"
+           "NV12: a Y plane, then one plane of interleaved Cb, Cr pairs, ceil(width / 2)\n"
+           "pairs (2 * ceil(width / 2) bytes) a row and ceil(height / 2) rows; any size.\n"
            "\n"
            "A CODE is four characters (case matters: yuv2 and yuV2 differ), a hexadecimal\n"
            "number with 0x, or a decimal number (0 is RGB). Known codes:\n" +
@@ -105,7 +111,9 @@ std::string usage_text() {
            "copied out; UYVY to rgb24 and rgb32 goes through YUY2, whose converters keep the\n"
            "layout and matrix asked for at every level; I420 and YV12 to bgra rgb32 are\n"
            "converted bottom-up and turned over, off the library's BT.601/BT.709-only\n"
-           "rounding path; v210 goes through YUY2 (samples truncated to 8 bits).\n"
+           "rounding path; v210 goes through YUY2 (samples truncated to 8 bits); NV12\n"
+           "goes through the library's converter to rgb32, and to the other depths is\n"
+           "that frame repacked as the engine packs them (the same bytes).\n"
            "\n"
            "Exit status: 0 on success, 2 on any error.\n";
 }

@@ -64,7 +64,7 @@ int run_preview(Args args) {
 
     const std::string from_text = *options.value("--from");
     const std::optional<RgbDepth> rgb = resolve_rgb(from_text);
-    const FormatCode* from = rgb ? nullptr : &resolve_code(from_text, false);
+    const FormatCode* from = rgb ? nullptr : &resolve_source(from_text);
     if (rgb && options.has("--matrix")) {
         throw ToolError("preview: --matrix applies to YCbCr sources only");
     }

@@ -33,7 +33,7 @@ const RgbEntry kRgbConverters[] = {
     CYCBCR_TOOL_RGB_DEPTHS(UYVY, uyvy), CYCBCR_TOOL_RGB_DEPTHS(YUY2, yuy2),
     CYCBCR_TOOL_RGB_DEPTHS(YVYU, yvyu), CYCBCR_TOOL_RGB_DEPTHS(CYUV, cyuv),
     CYCBCR_TOOL_RGB_DEPTHS(I420, i420), CYCBCR_TOOL_RGB_DEPTHS(YV12, yv12),
-    CYCBCR_TOOL_RGB_DEPTHS(P422, p422),
+    CYCBCR_TOOL_RGB_DEPTHS(P422, p422), CYCBCR_TOOL_RGB(NV12, nv12, Rgb32, rgb32),
 };
 
 #undef CYCBCR_TOOL_RGB_DEPTHS
@@ -52,7 +52,7 @@ bool is_420(Format format) {
 }
 
 bool is_planar(Format format) {
-    return is_420(format) || format == Format::P422;
+    return is_420(format) || format == Format::P422 || format == Format::NV12;
 }
 
 std::vector<uint8_t> zeroed(uint64_t bytes) {
@@ -71,6 +71,11 @@ std::vector<uint8_t> zeroed(uint64_t bytes) {
 // then its YUY2 converter, which has neither route), and every level writes
 // the same picture. v210 has no converter to RGB: it goes to YUY2 first, each
 // sample truncated to 8 bits (v >> 2).
+//
+// NV12 has a converter to 32 bits only, the engine's at every level and for
+// every layout. The other depths are its 32-bit frame repacked by
+// rgba_row_to_rgb(), which packs the 8-bit channels as the engine does for
+// those depths: the same bytes as the engine's converters to them would write.
 Format call_format(Format from, RgbDepth depth) {
     if (from == Format::V210) return Format::YUY2;
     if (from == Format::UYVY && (depth == RgbDepth::Rgb24 || depth == RgbDepth::Rgb32)) {
@@ -109,12 +114,21 @@ const FormatCode& own_code(Format format) {
 // other route, and leaves the last column and row unwritten at odd sizes. The
 // call asks for the same layout bottom-up instead, which the engine writes,
 // and the rows are copied out in the other order.
+//
+// NV12 is read like the planar formats: luma rows of exactly the width,
+// chroma row n of the call at (n / 2) * call_width_ bytes into its plane. A
+// frame of odd size is copied onto the planes of the even size; its chroma
+// rows already hold whole Cb, Cr pairs (2 * ceil(width / 2) bytes), only the
+// luma rows and the last rows of both planes are extended.
 RgbConverter::RgbConverter(const FormatCode& from, RgbDepth depth, uint32_t width, uint32_t height,
                            QBYCBCRMatrix matrix, QBYCBCRRgbType rgb_type)
     : width_(width),
       height_(height),
       call_width_(width + width % 2),
-      call_height_(is_420(from.format) ? height + height % 2 : height),
+      call_height_(is_420(from.format) || from.format == Format::NV12 ? height + height % 2
+                                                                      : height),
+      depth_(depth),
+      call_depth_(from.format == Format::NV12 ? RgbDepth::Rgb32 : depth),
       pixel_bytes_(rgb_pixel_bytes(depth)),
       matrix_(matrix),
       rgb_type_(rgb_type),
@@ -123,7 +137,8 @@ RgbConverter::RgbConverter(const FormatCode& from, RgbDepth depth, uint32_t widt
     if (source == Format::RGB32) throw ToolError("converting RGB to RGB is not supported");
     source_bytes_ = source_layout(source, width, height).frame_bytes;
     // The converters count the bytes of a frame in 32 bits.
-    const uint64_t call_frame = uint64_t{call_width_} * pixel_bytes_ * call_height_;
+    const uint32_t call_pixel_bytes = rgb_pixel_bytes(call_depth_);
+    const uint64_t call_frame = uint64_t{call_width_} * call_pixel_bytes * call_height_;
     if (call_frame > UINT32_MAX) {
         throw ToolError("a " + std::to_string(width) + "x" + std::to_string(height) + " " +
                         rgb_depth_name(depth) + " frame is larger than the library converts");
@@ -141,11 +156,14 @@ RgbConverter::RgbConverter(const FormatCode& from, RgbDepth depth, uint32_t widt
     if (is_420(format) && depth == RgbDepth::Rgb32 && rgb_type == QBYCBCR_RGB_BGRA) {
         call_type_ = QBYCBCR_RGB_BGRA | QBYCBCR_RGB_BOTTOM_UP;
     }
+    // Repacked from R, G, B, A rows in the picture's order (top-down); the
+    // bottom-up flag is applied when the rows are copied out.
+    if (call_depth_ != depth) call_type_ = QBYCBCR_RGB_RGBA;
 
-    const RgbEntry& entry = rgb_entry(format, depth);
+    const RgbEntry& entry = rgb_entry(format, call_depth_);
     converter_ = entry.convert;
     src_pitch_ = natural_pitch(format, call_width_);
-    dst_pitch_ = call_width_ * pixel_bytes_;
+    dst_pitch_ = call_width_ * call_pixel_bytes;
     uint64_t dst_bytes = 0;
     uint64_t src_bytes = 0;
     if (!cycbcr_converter_buffer_sizes(entry.name, call_width_, call_height_, dst_pitch_,
@@ -211,8 +229,13 @@ std::span<const uint8_t> RgbConverter::convert() {
     for (uint32_t row = 0; row < height_; ++row) {
         const uint32_t picture_row = asked_up ? height_ - 1 - row : row;
         const uint32_t made_row = made_up ? call_height_ - 1 - picture_row : picture_row;
-        std::memcpy(result_.data() + row * row_bytes,
-                    call_dst_.data() + uint64_t{made_row} * dst_pitch_, row_bytes);
+        const uint8_t* made = call_dst_.data() + uint64_t{made_row} * dst_pitch_;
+        uint8_t* out = result_.data() + size_t{row} * row_bytes;
+        if (call_depth_ != depth_) {
+            rgba_row_to_rgb(depth_, rgb_type_, made, out, width_);
+        } else {
+            std::memcpy(out, made, row_bytes);
+        }
     }
     return {result_.data(), result_.size()};
 }

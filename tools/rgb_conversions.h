@@ -13,8 +13,8 @@
 
 namespace cycbcr_tool {
 
-// Converts frames of any YCbCr format the command reads, at any size
-// source_layout() lays out, to RGB of one depth, matrix and layout: rows of
+// Converts frames of any YCbCr format the command reads (NV12 included), at
+// any size source_layout() lays out, to RGB of one depth, matrix and layout: rows of
 // width * rgb_pixel_bytes(depth) bytes, tightly packed, the last picture row
 // first when the layout has the bottom-up flag. How each library call is made
 // is settled once, in the constructor (see rgb_conversions.cpp).
@@ -38,6 +38,10 @@ class RgbConverter : public Converter {
     // rounded up to even.
     uint32_t call_width_;
     uint32_t call_height_;
+    // The depth asked for, and the one the library writes (rgb32 for NV12,
+    // repacked to the depth asked for).
+    RgbDepth depth_;
+    RgbDepth call_depth_;
     uint32_t pixel_bytes_;
     QBYCBCRMatrix matrix_;
     // The layout asked for, and the one the library is given.

@@ -210,4 +210,43 @@ void rgb_row_to_rgb24(RgbDepth depth, QBYCBCRRgbType type, const uint8_t* src, u
     }
 }
 
+void rgba_row_to_rgb(RgbDepth depth, QBYCBCRRgbType type, const uint8_t* src, uint8_t* dst,
+                     uint32_t width) {
+    const bool blue = blue_first(type);
+    const bool alpha = alpha_first(type);
+    for (uint32_t x = 0; x < width; ++x, src += 4) {
+        // The channels in the layout's order.
+        const uint32_t first = blue ? src[2] : src[0];
+        const uint32_t green = src[1];
+        const uint32_t last = blue ? src[0] : src[2];
+        switch (depth) {
+            case RgbDepth::Rgb555:
+            case RgbDepth::Rgb565: {
+                const uint32_t word = depth == RgbDepth::Rgb555
+                                          ? (first >> 3) << 10 | (green >> 3) << 5 | last >> 3
+                                          : (first >> 3) << 11 | (green >> 2) << 5 | last >> 3;
+                dst[0] = static_cast<uint8_t>(word);
+                dst[1] = static_cast<uint8_t>(word >> 8);
+                dst += 2;
+                break;
+            }
+            case RgbDepth::Rgb24:
+                dst[0] = static_cast<uint8_t>(first);
+                dst[1] = static_cast<uint8_t>(green);
+                dst[2] = static_cast<uint8_t>(last);
+                dst += 3;
+                break;
+            case RgbDepth::Rgb32: {
+                uint8_t* p = dst + (alpha ? 1 : 0);
+                p[0] = static_cast<uint8_t>(first);
+                p[1] = static_cast<uint8_t>(green);
+                p[2] = static_cast<uint8_t>(last);
+                dst[alpha ? 0 : 3] = src[3];
+                dst += 4;
+                break;
+            }
+        }
+    }
+}
+
 }  // namespace cycbcr_tool

@@ -44,4 +44,13 @@ std::string rgb_type_help();
 void rgb_row_to_rgb24(RgbDepth depth, QBYCBCRRgbType type, const uint8_t* src, uint8_t* dst,
                       uint32_t width);
 
+// One row of `width` pixels of 8-bit R, G, B, A bytes (rgb32 in the rgba
+// layout) in the depth and layout: 15- and 16-bit words keep each channel's
+// top bits, 3-byte pixels drop alpha, 4-byte ones keep it (the row order is
+// the caller's). This is how the library's engine packs the 8-bit channels it
+// computes into each depth, so a 32-bit frame of the engine repacked here is
+// the engine's frame of the other depth, byte for byte.
+void rgba_row_to_rgb(RgbDepth depth, QBYCBCRRgbType type, const uint8_t* src, uint8_t* dst,
+                     uint32_t width);
+
 }  // namespace cycbcr_tool

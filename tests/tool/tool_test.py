@@ -34,12 +34,12 @@ BARS_75_10 = [(721, 512, 512), (646, 176, 567), (525, 625, 176), (450, 289, 231)
 
 YCBCR = ["UYVY", "YUY2", "YVYU", "cyuv", "I420", "YV12", "P422", "v210"]
 RGB_DEPTHS = ["rgb555", "rgb565", "rgb24", "rgb32"]
-# The pair table: a row per format (RGB last), a column per YCbCr format and
-# per RGB depth.
-ROWS = YCBCR + ["rgb32"]
+# The pair table: a row per format (RGB, then NV12, a source for RGB only,
+# last), a column per YCbCr format and per RGB depth.
+ROWS = YCBCR + ["rgb32", "NV12"]
 COLUMNS = YCBCR + RGB_DEPTHS
-# The code to name each format by on the command line.
-FORMAT_CODE = {f: f for f in COLUMNS}
+# The code (for NV12 the name) to give each format by on the command line.
+FORMAT_CODE = {f: f for f in COLUMNS + ["NV12"]}
 FORMAT_CODE["rgb32"] = "0"
 PIXEL_BYTES = {"rgb555": 2, "rgb565": 2, "rgb24": 3, "rgb32": 4}
 
@@ -459,6 +459,10 @@ class FormatListing(ToolCase):
             self.assertEqual(cells[pair], "yes", pair)
         for depth in RGB_DEPTHS:
             self.assertEqual(cells[("rgb32", depth)], "-")
+            self.assertEqual(cells[("NV12", depth)], "yes")
+        # NV12 goes to RGB only.
+        for fmt in YCBCR:
+            self.assertEqual(cells[("NV12", fmt)], "-", fmt)
 
     def test_pair_table_agrees_with_convert(self):
         # Every pair the table marks is converted; every other one is refused
@@ -482,7 +486,7 @@ class RgbOutput(ToolCase):
     (Every format, matrix and layout against FFmpeg: rgb_frames_test.)"""
 
     def test_every_source_and_depth_at_odd_and_even_sizes(self):
-        for src in YCBCR + ["422P"]:
+        for src in YCBCR + ["422P", "NV12"]:
             for width, height in ((1, 1), (2, 3), (3, 2), (17, 5), (64, 4), (721, 3)):
                 size = f"{width}x{height}"
                 for depth in RGB_DEPTHS:
@@ -496,7 +500,7 @@ class RgbOutput(ToolCase):
         # Every row of every format's bars at widths that split pairs across
         # bars, against the standard BT.601 conversion (the library truncates:
         # within 2).
-        for src in YCBCR:
+        for src in YCBCR + ["NV12"]:
             for width, height in ((21, 3), (40, 2), (723, 5)):
                 res = run("convert", "--from", src, "--to", "rgb24", "--rgb-type", "rgba",
                           "--size", f"{width}x{height}", "--out", self.path("o"))
@@ -577,6 +581,44 @@ class RgbOutput(ToolCase):
             self.assertFalse(os.path.exists(self.path("x")))
 
 
+class Nv12Source(ToolCase):
+    """NV12 files (a Y plane, then ceil(width / 2) Cb, Cr pairs a row for
+    ceil(height / 2) rows) against the same samples as I420, whose converters
+    to every depth write the engine's bytes through the command (I420 to bgra
+    rgb32 included: the command takes it off the library's fixed-point route);
+    rgb_frames_test holds I420 to FFmpeg. (The built-in NV12 bars: RgbOutput;
+    the pair table: FormatListing; previews of the bars: Preview.)"""
+
+    def frame(self, width, height):
+        """One random frame as (NV12 bytes, I420 bytes)."""
+        chroma = ((width + 1) // 2) * ((height + 1) // 2)
+        y, cb, cr = (self.random_bytes(n) for n in (width * height, chroma, chroma))
+        pairs = bytearray(2 * chroma)
+        pairs[0::2], pairs[1::2] = cb, cr
+        return y + bytes(pairs), y + cb + cr
+
+    def test_same_picture_as_the_i420_frame_of_its_samples(self):
+        for width, height in ((17, 5), (34, 6)):
+            size = f"{width}x{height}"
+            frames = [self.frame(width, height) for _ in range(2)]
+            nv12 = b"".join(f[0] for f in frames)
+            i420 = b"".join(f[1] for f in frames)
+            for depth in RGB_DEPTHS:
+                for extra in ([], ["--rgb-type", "argb,bottom-up", "--matrix", "709-studio"]):
+                    got = self.convert("NV12", depth, size, nv12, *extra)
+                    self.assertEqual(len(got), 2 * width * height * PIXEL_BYTES[depth])
+                    self.assertEqual(got, self.convert("I420", depth, size, i420, *extra),
+                                     (size, depth, extra))
+            # The preview of the second frame: the rgb24 rgba picture.
+            inp = self.write("in.nv12", nv12)
+            res = run("preview", "--from", "nv12", "--size", size, "--in", inp, "--frame", "1",
+                      "--out", self.path("p.png"))
+            self.assertEqual(res.returncode, 0, res.stderr.decode())
+            rgb = self.convert("I420", "rgb24", size, i420, "--rgb-type", "rgba")
+            self.assertEqual(read_png(self.read("p.png")),
+                             (width, height, rgb[width * height * 3:]), size)
+
+
 class Preview(ToolCase):
     """cycbcr preview: PNG files read back with zlib alone."""
 
@@ -597,7 +639,7 @@ class Preview(ToolCase):
         self.assert_bars([pixels[24 * i:24 * i + 3] for i in range(8)])
         # The default size, and every YCbCr format, odd sizes included.
         self.assertEqual(self.preview("--from", "I420")[:2], (1920, 1080))
-        for src in YCBCR + ["2vuy", "0x8800001E"]:
+        for src in YCBCR + ["2vuy", "0x8800001E", "NV12"]:
             for size in ("1x1", "17x5", "721x3"):
                 w, h = map(int, size.split("x"))
                 res = run("convert", "--from", src, "--to", "rgb24", "--rgb-type", "rgba",
@@ -816,7 +858,19 @@ class Refusals(ToolCase):
         self.refuse("convert", "--from", "YUY2", "--to")
 
     def test_unknown_or_unsupported_codes(self):
-        self.assertIn("unknown", self.refuse(*self.convert_args(**{"--from": "NV12"})))
+        self.assertIn("unknown", self.refuse(*self.convert_args(**{"--from": "NV21"})))
+        # NV12 is a name for RGB destinations and previews only.
+        nv12 = self.write("in.nv12", bytes(4 * 2 + 4))
+        for fmt in ("UYVY", "I420", "v210"):
+            self.assertIn("RGB depths only", self.refuse(*self.convert_args(
+                **{"--from": "NV12", "--to": fmt, "--in": nv12})))
+        for src in ("YUY2", "NV12"):
+            self.assertIn("cannot be written", self.refuse(*self.convert_args(
+                **{"--from": src, "--to": "NV12"})))
+        self.refuse(*self.convert_args(  # a short frame
+            **{"--from": "NV12", "--to": "rgb24", "--size": "4x4", "--in": nv12}))
+        self.refuse("preview", "--from", "NV12", "--size", "4x2", "--in", nv12, "--rgb-type",
+                    "rgba", "--out", self.path("p.png"))
         self.refuse(*self.convert_args(**{"--to": "YUV2"}))  # case matters
         self.refuse(*self.convert_args(**{"--to": "2VUY"}))
         self.refuse(*self.convert_args(**{"--to": "0x12345678"}))
