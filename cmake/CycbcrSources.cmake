@@ -33,4 +33,6 @@ set(CYCBCR_SOURCES
     torgb/colour_tables.cpp
     torgb/to_rgb.cpp
     torgb/to_rgb_avx2.cpp
+    fromrgb/from_rgb.cpp
+    fromrgb/from_rgb_avx2.cpp
 )

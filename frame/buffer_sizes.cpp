@@ -4,6 +4,7 @@
 
 #include "frame/converters.h"
 #include "frame/export.h"
+#include "fromrgb/from_rgb.h"
 #include "torgb/to_rgb.h"
 
 #include <cstring>
@@ -24,11 +25,15 @@ constexpr FormatPairs<ExtentOf> make_extents() {
 #define CYCBCR_V210_ROW(name, form, from, to, ...) t(Format::from, Format::to) = v210_extent;
 #define CYCBCR_TO_RGB_ROW(name, form, from, to, ...) \
     t(Format::from, Format::to) = to_rgb_pair_extent;
+#define CYCBCR_FROM_RGB_ROW(name, form, from, to, ...) \
+    t(Format::from, Format::to) = from_rgb_pair_extent;
     CYCBCR_BYTE_ORDER_PAIRS(CYCBCR_BYTE_ORDER_ROW)
     CYCBCR_PACKED_PLANAR_PAIRS(CYCBCR_PACKED_PLANAR_ROW)
     CYCBCR_PLANAR_COPY_PAIRS(CYCBCR_PLANAR_COPY_ROW)
     CYCBCR_V210_PAIRS(CYCBCR_V210_ROW)
     CYCBCR_TO_RGB_CONVERTERS(CYCBCR_TO_RGB_ROW)
+    CYCBCR_FROM_RGB_PAIRS(CYCBCR_FROM_RGB_ROW)
+#undef CYCBCR_FROM_RGB_ROW
 #undef CYCBCR_BYTE_ORDER_ROW
 #undef CYCBCR_PACKED_PLANAR_ROW
 #undef CYCBCR_PLANAR_COPY_ROW
@@ -45,6 +50,14 @@ Extent to_rgb_pair_extent(Format from, Format to, const Call& c) {
     for (QBYCBCRMatrix m = 0; m <= 7; ++m)
         for (QBYCBCRRgbType t : {0u, 1u, 2u, 3u, 0x8000u})
             e = widest(e, colour::to_rgb_extent(from, to, c, m, t));
+    return e;
+}
+
+Extent from_rgb_pair_extent(Format from, Format to, const Call& c) {
+    Extent e;
+    for (QBYCBCRMatrix m = 0; m <= 10; ++m)
+        for (QBYCBCRRgbType t : {0u, 1u, 2u, 3u, 0x8000u, 0x8002u})
+            e = widest(e, fromrgb::from_rgb_extent(from, to, c, m, t));
     return e;
 }
 
@@ -85,6 +98,18 @@ extern "C" CYCBCR_API unsigned int cycbcr_converter_buffer_sizes(
                 e = colour::to_rgb_extent(r.from, r.to, c, matrix, rgbType);
                 known = true;
             }
+        for (const FromRgbConverterRow& r : kFromRgbConverterRows)
+            if (!known && std::strcmp(r.name, name) == 0) {
+                e = fromrgb::from_rgb_extent(r.from, r.to, c, matrix, rgbType);
+                known = true;
+            }
+        if (!known && std::strcmp(name, "cycbcr_RGB64_to_uyvy") == 0) {
+            // 48 or 64 bits a pixel by its ninth argument: the wider of both.
+            e = widest(
+                fromrgb::from_rgb_extent(Format::RGB64, Format::UYVY, c, matrix, rgbType, 48),
+                fromrgb::from_rgb_extent(Format::RGB64, Format::UYVY, c, matrix, rgbType, 64));
+            known = true;
+        }
     }
     if (dstBytes) *dstBytes = e.dst;
     if (srcBytes) *srcBytes = e.src;

@@ -3,6 +3,7 @@
 // tests and the benchmarks read these instead of naming converters themselves.
 #pragma once
 
+#include "fromrgb/from_rgb_list.h"
 #include "torgb/to_rgb_list.h"
 #include "ycbcr10/v210_list.h"
 #include "ycbcr8/byte_order_list.h"
@@ -63,6 +64,18 @@ struct RgbConverterRow {
 };
 constexpr RgbConverterRow kRgbConverterRows[] = {CYCBCR_TO_RGB_CONVERTERS(CYCBCR_PAIR_ROW)
                                                      CYCBCR_TO_RGB_AVX2_FORMS(CYCBCR_FORM_ROW)};
+
+// The converters from RGB, which add matrix and rgbType and return 64 bits.
+struct FromRgbConverterRow {
+    const char* name;
+    cycbcr_from_rgb_converter fn;
+    cycbcr_from_rgb_converter avx2;  // the form taken at level 5, or null
+    Format from, to;
+    bool pair;
+    bool alias;
+};
+constexpr FromRgbConverterRow kFromRgbConverterRows[] = {
+    CYCBCR_FROM_RGB_CONVERTERS(CYCBCR_PAIR_ROW) CYCBCR_FROM_RGB_AVX2_FORMS(CYCBCR_FORM_ROW)};
 #undef CYCBCR_PAIR_ROW
 #undef CYCBCR_FORM_ROW
 #undef CYCBCR_ROW_IS_BODY

@@ -28,6 +28,16 @@ constexpr FormatPairs<cycbcr_rgb_converter> make_rgb_pairs() {
 }
 constexpr FormatPairs<cycbcr_rgb_converter> kRgbPairs = make_rgb_pairs();
 
+// RGB sources: the 32-bit converters, which return 64 bits.
+constexpr FormatPairs<cycbcr_from_rgb_converter> make_from_rgb_pairs() {
+    FormatPairs<cycbcr_from_rgb_converter> t;
+#define CYCBCR_PAIR_ROW(name, form, from, to, ...) t(Format::from, Format::to) = name;
+    CYCBCR_FROM_RGB_PAIRS(CYCBCR_PAIR_ROW)
+#undef CYCBCR_PAIR_ROW
+    return t;
+}
+constexpr FormatPairs<cycbcr_from_rgb_converter> kFromRgbPairs = make_from_rgb_pairs();
+
 }  // namespace
 
 cycbcr_converter pair_converter(Format from, Format to) {
@@ -52,7 +62,14 @@ CYCBCR_API unsigned int cycbcr_transcode(uint8_t* dst, const uint8_t* src, unsig
     const Format to = cycbcr::destination_format(dstFourCC);
     if (from == Format::Unknown || to == Format::Unknown) return 0;
     // matrix and rgbType reach only the converters to and from RGB. RGB to RGB
-    // has none, and v210 and RGB sources have none in this build yet: 0.
+    // has none, and v210 has none either way in this build yet: 0. The count
+    // of an RGB source's converter is returned in 32 bits.
+    if (from == Format::RGB32 && to != Format::RGB32) {
+        const cycbcr_from_rgb_converter g = cycbcr::kFromRgbPairs(from, to);
+        return g ? static_cast<unsigned int>(
+                       g(dst, src, width, height, dstPitch, srcPitch, matrix, rgbType))
+                 : 0;
+    }
     if (from == Format::RGB32 || to == Format::RGB32) {
         const cycbcr_rgb_converter g = cycbcr::kRgbPairs(from, to);
         return g ? g(dst, src, width, height, dstPitch, srcPitch, matrix, rgbType) : 0;
@@ -70,6 +87,10 @@ CYCBCR_API cycbcr_rgb_converter cycbcr_rgb_pair_converter(unsigned int dstFourCC
                                                           unsigned int srcFourCC) {
     return cycbcr::kRgbPairs(cycbcr::canonical_format(srcFourCC),
                              cycbcr::destination_format(dstFourCC));
+}
+
+CYCBCR_API cycbcr_from_rgb_converter cycbcr_from_rgb_pair_converter(unsigned int dstFourCC) {
+    return cycbcr::kFromRgbPairs(Format::RGB32, cycbcr::destination_format(dstFourCC));
 }
 
 CYCBCR_API unsigned int cycbcr_can_transcode(unsigned int fourccA, unsigned int fourccB) {

@@ -58,3 +58,12 @@
         return CYCBCR_ENTRY<cycbcr::Format::from, cycbcr::Format::to, form>( \
             CYCBCR_RGB_CONVERTER_CALL);                                      \
     }
+
+// The converters from RGB return the 64-bit count of their engine:
+//     #define CYCBCR_ENTRY cycbcr::fromrgb::from_rgb
+//     CYCBCR_FROM_RGB_CONVERTERS(CYCBCR_DEFINE_FROM_RGB)
+#define CYCBCR_DEFINE_FROM_RGB(name, form, from, to, kind, ...)              \
+    CYCBCR_API uint64_t name(CYCBCR_RGB_CONVERTER_ARGS) {                    \
+        return CYCBCR_ENTRY<cycbcr::Format::from, cycbcr::Format::to, form>( \
+            CYCBCR_RGB_CONVERTER_CALL);                                      \
+    }

@@ -205,8 +205,9 @@ CYCBCR_API unsigned int cycbcr_converter_buffer_sizes(const char* name, unsigned
                                                       QBYCBCRRgbType rgbType, uint64_t* dstBytes,
                                                       uint64_t* srcBytes);
 
-/* The converter cycbcr_transcode calls for a pair with RGB on one side (the
- * 32-bit converters, which take matrix and rgbType), or NULL. */
+/* The converter cycbcr_transcode calls for a YCbCr source and RGB (code 0) as
+ * the destination (the 32-bit converters, which take matrix and rgbType), or
+ * NULL. RGB sources: cycbcr_from_rgb_pair_converter(). */
 CYCBCR_API cycbcr_rgb_converter cycbcr_rgb_pair_converter(unsigned int dstFourCC,
                                                           unsigned int srcFourCC);
 
@@ -871,6 +872,154 @@ CYCBCR_TO_RGB_ENGINE(cycbcr_ToRGBInt_avx2);
 CYCBCR_TO_RGB_ENGINE(cycbcrBi_ToRGBInt);
 CYCBCR_TO_RGB_ENGINE(cycbcr_ToRGBFloat);
 CYCBCR_TO_RGB_ENGINE(cycbcr_ToRGBInt16);
+
+/* ------------------------------------------------------------------------ */
+/* RGB to 8-bit YCbCr                                                        */
+/* ------------------------------------------------------------------------ */
+
+/* The converters from RGB take the converter arguments, then the colour matrix
+ * (0 to 10 have rows of their own here; every other value BT.601) and the RGB
+ * layout, and return a 64-bit count:
+ *
+ *     uint64_t cycbcr_<rgb>_to_<dst>(uint8_t* dst, const uint8_t* src,
+ *         unsigned int width, unsigned int height, unsigned int dstPitch,
+ *         unsigned int srcPitch, QBYCBCRMatrix matrix, QBYCBCRRgbType rgbType);
+ *
+ * <rgb> is RGB24 or RGB32, <dst> uyvy, yuy2, yvyu, cyuv, i420, yv12 or p422;
+ * RGB64 has uyvy (a ninth argument, bitsPerPixel 48 or 64) and p422 (bits per
+ * pixel (srcPitch / width) * 8, so 48 or 64 by the pitch; width 0 converts
+ * nothing). Each chooses a processor level when none is chosen and hands the
+ * frame to FromRGB: packed outputs with Y at dst (+1 for uyvy), Cb and Cr bytes
+ * every 4 bytes, chroma pitch dstPitch / 2; planar outputs with P = dstPitch *
+ * height (64-bit product): Cb at dst + P and Cr at dst + P + P/4 (i420; yv12
+ * the other way round) or dst + P + P/2 (p422), chroma rows dstPitch / 2 apart.
+ * cyuv: the uyvy conversion, then the whole frame turned over in place with
+ * cycbcr_invert(dst, dstPitch, height); returns the uyvy result.
+ *
+ * Source pixels, by the bits per pixel and the layout number of rgbType (bit
+ * 15, the bottom-up flag, makes source row 0 the last row in memory):
+ *   32: layout 0 B G R A, 1 A B G R, 2 R G B A, 3 A R G B, others as 0;
+ *   24 (and any count other than 32, 48, 64): layouts 2, 3 R G B, others B G R;
+ *   48/64: 16-bit little-endian words, layouts as 32-bit (others as 0), and
+ *       only each word's high byte is read (16-bit input truncated to 8 bits).
+ * Alpha is never read. Only whole pixel pairs are converted: an odd last pixel
+ * is neither read nor written, and a width below 2 writes nothing.
+ *
+ * The scalar engine FromRGBInt: sums of the forward table in millionths (64-bit);
+ *   Y = sum / 1e6, +1 when the remainder exceeds 500000, + the matrix's offset,
+ *   at most 255; chroma from the even pixel of each pair (no averaging): Cb =
+ *   sum / 1e6 truncated, +1 when the remainder > 450000 (sum >= 0) or -1 when
+ *   it is < -250000 (sum < 0), + 128, clamped to 0..255; Cr the same with
+ *   +-500000. Packed rows are written at the destination pitch; planar rows at
+ *   the Y pitch and the chroma pitch, where the odd pixel's Y is truncated
+ *   without the rounding step. 4:2:0 chroma row c comes from frame row 2c (c
+ *   even) or 2c + 1 (c odd): rows 0, 3, 4, 7, 8, ...; rows 1 and 2 mod 4 write
+ *   no chroma. Chroma is written only when the Cb pointer is not NULL.
+ * The AVX2 engine FromRGBInt_avx2 (32-bit sources to 4:2:2 only; anything else
+ *   goes to FromRGBInt unchanged): coefficients in 14-bit fixed point (matrix 1
+ *   to 9 from the table, every other value, 10 included, a BT.601 set of its
+ *   own), eight pixels at a time, each sum + 8192 shifted right by 14 and
+ *   saturated, the pair's chroma the rounded-up average (a + b + 1) >> 1 of
+ *   its two pixels; the pairs after the last whole group of eight by the
+ *   packed rule above with the 14-bit set rescaled to millionths and no
+ *   rounding step. Its bytes differ from FromRGBInt's by design.
+ * FromRGB: FromRGB_avx2 (which is FromRGBInt_avx2) at level 5 on an AVX2
+ *   processor, else FromRGBInt. FromRGBInt itself runs exact AVX2 row kernels
+ *   at level 5 (same bytes as at level 0).
+ * Every engine returns width * height * 2 for 4:2:2, otherwise width * height +
+ * ((width * height / 2) with bit 0 cleared), also when nothing is written.
+ *
+ * cycbcr_RGB32_to_uyvy at level 5 on an AVX2 processor is
+ * cycbcr_RGB32_to_uyvy_avx2 (FromRGB's route). At every other level, matrices
+ * 0 and 5 with layout 0 or 2 take the image-library path: 16-bit fixed point
+ * (BT.601, or for matrix 5 studio BT.709 with results clamped to 1..254), the
+ * pair's chroma the rounded average of both pixels, width / 2 pairs per row at
+ * the pitches; for layout 2 the R and B bytes of every source pixel are swapped
+ * IN PLACE IN THE CALLER'S SOURCE BUFFER first and stay swapped; the
+ * bottom-up flag turns the written frame over afterwards. That path returns
+ * width * dstPitch. Buffer sizes by converter name:
+ * cycbcr_converter_buffer_sizes(). */
+typedef uint64_t (*cycbcr_from_rgb_converter)(uint8_t* dst, const uint8_t* src,
+                                              unsigned int width, unsigned int height,
+                                              unsigned int dstPitch, unsigned int srcPitch,
+                                              QBYCBCRMatrix matrix, QBYCBCRRgbType rgbType);
+#define CYCBCR_FROM_RGB_CONVERTER(name)                                            \
+    CYCBCR_API uint64_t name(uint8_t* dst, const uint8_t* src, unsigned int width, \
+                             unsigned int height, unsigned int dstPitch,           \
+                             unsigned int srcPitch, QBYCBCRMatrix matrix,          \
+                             QBYCBCRRgbType rgbType)
+CYCBCR_FROM_RGB_CONVERTER(cycbcr_RGB24_to_uyvy);
+CYCBCR_FROM_RGB_CONVERTER(cycbcr_RGB24_to_yuy2);
+CYCBCR_FROM_RGB_CONVERTER(cycbcr_RGB24_to_yvyu);
+CYCBCR_FROM_RGB_CONVERTER(cycbcr_RGB24_to_cyuv);
+CYCBCR_FROM_RGB_CONVERTER(cycbcr_RGB24_to_i420);
+CYCBCR_FROM_RGB_CONVERTER(cycbcr_RGB24_to_yv12);
+CYCBCR_FROM_RGB_CONVERTER(cycbcr_RGB24_to_p422);
+CYCBCR_FROM_RGB_CONVERTER(cycbcr_RGB32_to_uyvy);
+CYCBCR_FROM_RGB_CONVERTER(cycbcr_RGB32_to_uyvy_avx2);
+CYCBCR_FROM_RGB_CONVERTER(cycbcr_RGB32_to_yuy2);
+CYCBCR_FROM_RGB_CONVERTER(cycbcr_RGB32_to_yvyu);
+CYCBCR_FROM_RGB_CONVERTER(cycbcr_RGB32_to_cyuv);
+CYCBCR_FROM_RGB_CONVERTER(cycbcr_RGB32_to_i420);
+CYCBCR_FROM_RGB_CONVERTER(cycbcr_RGB32_to_yv12);
+CYCBCR_FROM_RGB_CONVERTER(cycbcr_RGB32_to_p422);
+CYCBCR_FROM_RGB_CONVERTER(cycbcr_RGB64_to_p422);
+CYCBCR_API uint64_t cycbcr_RGB64_to_uyvy(uint8_t* dst, const uint8_t* src, unsigned int width,
+                                         unsigned int height, unsigned int dstPitch,
+                                         unsigned int srcPitch, QBYCBCRMatrix matrix,
+                                         QBYCBCRRgbType rgbType, unsigned int bitsPerPixel);
+
+/* The converter cycbcr_transcode calls for RGB (code 0) to dstFourCC, or NULL. */
+CYCBCR_API cycbcr_from_rgb_converter cycbcr_from_rgb_pair_converter(unsigned int dstFourCC);
+
+/* 32-bit RGB to three planes, FromRGB with the planar flag and 32 bits per
+ * pixel; does not choose a processor level itself (an unset level is not 5,
+ * so FromRGBInt runs). */
+CYCBCR_API uint64_t cycbcr_RGB32_to_planar(uint8_t* y, uint8_t* cb, uint8_t* cr,
+                                           const uint8_t* src, unsigned int width,
+                                           unsigned int height, unsigned int yPitch,
+                                           unsigned int chromaPitch, int is422,
+                                           unsigned int srcPitch, QBYCBCRMatrix matrix,
+                                           QBYCBCRRgbType rgbType);
+
+/* Float RGB (four 32-bit floats a pixel, srcPitch in bytes) to UYVY. Channel
+ * order by layout 0 to 3 as for 32-bit pixels; any other layout reads R, G, B
+ * from floats 0, 1, 2. Each channel: 0 at or below 0, 255 at or above 1.0,
+ * else truncate(v * 256). Per pixel Y, Cb, Cr = truncate(weights . RGB +
+ * offset (Y) or 128 + 0.5) in single precision with the forward table (1 to
+ * 10, else BT.601), clamped to 0..255; each pair written as (Cb0 + Cb1 + 1) >>
+ * 1, Y0, (Cr0 + Cr1 + 1) >> 1, Y1, width / 2 pairs per row. Returns 0 (and
+ * writes nothing) for a NULL pointer, width below 2 or height 0, else height *
+ * width * 2. */
+CYCBCR_API uint64_t cycbcr_RGB32F_to_uyvy(uint8_t* dst, const void* src, unsigned int width,
+                                          unsigned int height, unsigned int dstPitch,
+                                          unsigned int srcPitch, QBYCBCRMatrix matrix,
+                                          QBYCBCRRgbType rgbType);
+
+/* The alpha plane that goes with a UYVY frame: byte 3 of each 4-byte source
+ * pixel, or with bit 0 of `options` A * 219 / 255 + 16 (16..235). The plane is
+ * tightly packed (rows width bytes apart whatever dstPitch says: width * height
+ * bytes). The bottom-up flag of rgbType reads the source from the bottom.
+ * Returns width * height. */
+CYCBCR_API uint64_t cycbcr_RGB32_to_uyvy_Alpha(uint8_t* dst, const uint8_t* src,
+                                               unsigned int width, unsigned int height,
+                                               unsigned int dstPitch, unsigned int srcPitch,
+                                               uint8_t options, QBYCBCRRgbType rgbType);
+
+/* The engines: y, cb, cr the first Y, Cb and Cr byte (packed: of row 0, every
+ * 2 (Y) or 4 bytes apart; planar: the planes), dstPitch the packed or Y pitch,
+ * is422 and planar the layout flags, bitsPerPixel 24, 32, 48 or 64, chromaPitch
+ * the chroma planes' pitch (planar only). See above for each. */
+#define CYCBCR_FROM_RGB_ENGINE(name)                                                        \
+    CYCBCR_API uint64_t name(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src,      \
+                             unsigned int width, unsigned int height, unsigned int dstPitch, \
+                             unsigned int srcPitch, QBYCBCRMatrix matrix,                    \
+                             QBYCBCRRgbType rgbType, int is422, int planar,                  \
+                             unsigned int bitsPerPixel, unsigned int chromaPitch)
+CYCBCR_FROM_RGB_ENGINE(FromRGB);
+CYCBCR_FROM_RGB_ENGINE(FromRGB_avx2);
+CYCBCR_FROM_RGB_ENGINE(FromRGBInt);
+CYCBCR_FROM_RGB_ENGINE(FromRGBInt_avx2);
 
 #ifdef __cplusplus
 } /* extern "C" */

@@ -1,0 +1,339 @@
+// AVX2 row kernels of RGB to 8-bit YCbCr, sixteen pixels a step: the exact
+// millionths kernels of FromRGBInt (the plain rows' bytes) and the 14-bit
+// kernels of FromRGBInt_avx2.
+//
+// Samples come in as 16-bit words, two to a 32-bit lane: (B, G) of a pixel in
+// one vector and (R, bias) in another, so one pmaddwd pair gives a pixel's sum.
+//
+// The millionths sums are exact in 32 bits (at most 255 x 2,068,000 in
+// magnitude for every row of the table). A truncating division of a
+// non-negative x < 2^30 by 1,000,000 is floor((x >> 6) / 15625): x >> 6 is below
+// 2^24, so exact as a float, and multiplying it by the float just above 1/15625
+// and truncating gives the integer quotient for every x >> 6 below 6,859,374
+// (the product never reaches the next integer and never falls below the true
+// one). The largest the table's sums reach, with their biases, is 6,291,171
+// (row 9's luma); every RGB value of every row is checked against the plain
+// rows in the tests. The engine's rounding steps
+// become biases added before the division: Y + 499,999 (+1 when the remainder
+// exceeds 500,000); Cb of a sum s >= 0 + 549,999, of s < 0 |s| + 749,999 with
+// the sign restored; Cr +-499,999 likewise.
+#include <immintrin.h>
+
+#include <bit>
+
+#include "fromrgb/from_rgb.h"
+
+namespace cycbcr::fromrgb {
+namespace {
+
+constexpr float kPer15625 = std::bit_cast<float>(0x388637BEu);  // just above 1/15625
+static_assert(double{kPer15625} > 1.0 / 15625 &&
+              double{std::bit_cast<float>(0x388637BDu)} < 1.0 / 15625);
+
+CYCBCR_INLINE __m256i pair16(int32_t lo, int32_t hi) {
+    return _mm256_set1_epi32(static_cast<int32_t>((static_cast<uint32_t>(hi) << 16) |
+                                                  (static_cast<uint32_t>(lo) & 0xFFFFu)));
+}
+
+// The same 16-byte pattern in both lanes.
+CYCBCR_INLINE __m256i lanes(const int8_t (&m)[16]) {
+    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(m));
+    return _mm256_broadcastsi128_si256(v);
+}
+
+// Per lane, four pixels to (B, G) and (R, 0) word pairs: the pshufb masks of a
+// layout of 3- or 4-byte pixels, lane-relative (a lane holds pixels 4k..4k+3
+// from its first byte).
+struct Unpack {
+    __m256i bg, r;
+};
+Unpack unpack_masks(PixelLayout l) {
+    int8_t bg[16], r[16];
+    for (int j = 0; j < 4; ++j) {
+        const int at = j * static_cast<int>(l.bytes);
+        bg[4 * j] = static_cast<int8_t>(at + static_cast<int>(l.b));
+        bg[4 * j + 1] = -1;
+        bg[4 * j + 2] = static_cast<int8_t>(at + static_cast<int>(l.g));
+        bg[4 * j + 3] = -1;
+        r[4 * j] = static_cast<int8_t>(at + static_cast<int>(l.r));
+        r[4 * j + 1] = -1;
+        r[4 * j + 2] = -1;
+        r[4 * j + 3] = -1;
+    }
+    return {lanes(bg), lanes(r)};
+}
+
+// Eight pixels from p: pixels 0-3 in the low lane, 4-7 in the high one. Three
+// byte pixels read four bytes past the eighth pixel.
+template <uint32_t Bytes>
+CYCBCR_INLINE __m256i load8(const uint8_t* p) {
+    if constexpr (Bytes == 4) {
+        return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
+    } else {
+        return _mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(p + 12),
+                                   reinterpret_cast<const __m128i*>(p));
+    }
+}
+
+struct Words {
+    __m256i bg, r;  // (B, G) and (R, 0) per pixel
+};
+CYCBCR_INLINE Words words8(__m256i v, const Unpack& m) {
+    return {_mm256_shuffle_epi8(v, m.bg), _mm256_shuffle_epi8(v, m.r)};
+}
+// The even pixels of sixteen (two Words of eight), as eight lanes: pairs 0, 1,
+// 4, 5 in the low lane and 2, 3, 6, 7 in the high one.
+CYCBCR_INLINE Words evens(const Words& a, const Words& b) {
+    auto pick = [](__m256i x, __m256i y) {
+        return _mm256_castps_si256(
+            _mm256_shuffle_ps(_mm256_castsi256_ps(x), _mm256_castsi256_ps(y), 0x88));
+    };
+    return {pick(a.bg, b.bg), pick(a.r, b.r)};
+}
+
+// The Y, Cb and Cr of sixteen pixels, laid out for the stores: per lane, bytes
+// 0-7 the Y of the lane's pixels (low lane 0-3 and 8-11, high lane 4-7 and
+// 12-15), bytes 8-11 the Cb and 12-15 the Cr of the lane's pairs (low lane
+// pairs 0, 1, 4, 5, high lane 2, 3, 6, 7).
+CYCBCR_INLINE __m256i combine(__m256i yWords, __m256i cbcrBytes) {
+    return _mm256_unpacklo_epi64(_mm256_packus_epi16(yWords, yWords), cbcrBytes);
+}
+
+// ---- Stores ----
+
+template <Format Shape>
+CYCBCR_INLINE void store_packed(uint8_t* first, __m256i c) {
+    // Per lane four pairs of 4 bytes in the byte order of Shape.
+    constexpr int8_t Y = 0, B = 8, R = 12;
+    static constexpr int8_t kUyvy[16] = {B,     Y,     R,     Y + 1, B + 1, Y + 2, R + 1, Y + 3,
+                                         B + 2, Y + 4, R + 2, Y + 5, B + 3, Y + 6, R + 3, Y + 7};
+    static constexpr int8_t kYuy2[16] = {Y,     B,     Y + 1, R,     Y + 2, B + 1, Y + 3, R + 1,
+                                         Y + 4, B + 2, Y + 5, R + 2, Y + 6, B + 3, Y + 7, R + 3};
+    static constexpr int8_t kYvyu[16] = {Y,     R,     Y + 1, B,     Y + 2, R + 1, Y + 3, B + 1,
+                                         Y + 4, R + 2, Y + 5, B + 2, Y + 6, R + 3, Y + 7, B + 3};
+    const int8_t(&m)[16] = Shape == Format::UYVY ? kUyvy : Shape == Format::YUY2 ? kYuy2 : kYvyu;
+    const __m256i v = _mm256_permute4x64_epi64(_mm256_shuffle_epi8(c, lanes(m)), 0xD8);
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(first), v);
+}
+
+CYCBCR_INLINE void store_planar(uint8_t* y, uint8_t* cb, uint8_t* cr, __m256i c) {
+    static constexpr int8_t kOrder[16] = {0, 1, 2, 3, 8, 9, 10, 11, 4, 5, 6, 7, 12, 13, 14, 15};
+    static constexpr int8_t kChroma[16] = {0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15};
+    // Low lane: the Y of both lanes; high lane: their Cb and Cr.
+    const __m256i v = _mm256_permute4x64_epi64(c, 0xD8);
+    const __m128i ys = _mm_shuffle_epi8(_mm256_castsi256_si128(v),
+                                        _mm_loadu_si128(reinterpret_cast<const __m128i*>(kOrder)));
+    const __m128i cs = _mm_shuffle_epi8(_mm256_extracti128_si256(v, 1),
+                                        _mm_loadu_si128(reinterpret_cast<const __m128i*>(kChroma)));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(y), ys);
+    if (cb != nullptr) {
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(cb), cs);
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(cr), _mm_unpackhi_epi64(cs, cs));
+    }
+}
+// Only the Y of sixteen pixels (4:2:0 rows without chroma).
+CYCBCR_INLINE void store_luma(uint8_t* y, __m256i yWords) {
+    static constexpr int8_t kOrder[16] = {0, 1, 2, 3, 8, 9, 10, 11, 4, 5, 6, 7, 12, 13, 14, 15};
+    const __m256i v = _mm256_permute4x64_epi64(_mm256_packus_epi16(yWords, yWords), 0xD8);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(y),
+                     _mm_shuffle_epi8(_mm256_castsi256_si128(v),
+                                      _mm_loadu_si128(reinterpret_cast<const __m128i*>(kOrder))));
+}
+
+// ---- The exact millionths kernels ----
+
+// A weight c as h * 32768 + l with 0 <= l < 32768, so that both halves fit the
+// signed 16-bit multipliers of pmaddwd.
+struct Split {
+    __m256i bgHi, rHi, bgLo, rLo;
+};
+Split split(int32_t r, int32_t g, int32_t b) {
+    auto hi = [](int32_t c) { return c >> 15; };
+    auto lo = [](int32_t c) { return c & 32767; };
+    return {pair16(hi(b), hi(g)), pair16(hi(r), 0), pair16(lo(b), lo(g)), pair16(lo(r), 0)};
+}
+CYCBCR_INLINE __m256i exact_sum(const Words& w, const Split& s) {
+    const __m256i hi =
+        _mm256_add_epi32(_mm256_madd_epi16(w.bg, s.bgHi), _mm256_madd_epi16(w.r, s.rHi));
+    const __m256i lo =
+        _mm256_add_epi32(_mm256_madd_epi16(w.bg, s.bgLo), _mm256_madd_epi16(w.r, s.rLo));
+    return _mm256_add_epi32(_mm256_slli_epi32(hi, 15), lo);
+}
+// floor(x / 1,000,000) for 0 <= x < 2^30.
+CYCBCR_INLINE __m256i per_million(__m256i x) {
+    const __m256 f = _mm256_cvtepi32_ps(_mm256_srli_epi32(x, 6));
+    return _mm256_cvttps_epi32(_mm256_mul_ps(f, _mm256_set1_ps(kPer15625)));
+}
+// A chroma sum divided as the engine does, before the 128: biases `up` for
+// sums >= 0 and `down` for negative ones.
+CYCBCR_INLINE __m256i chroma_quotient(__m256i s, __m256i up, __m256i down) {
+    const __m256i neg = _mm256_srai_epi32(s, 31);
+    const __m256i bias = _mm256_blendv_epi8(up, down, neg);
+    const __m256i q = per_million(_mm256_add_epi32(_mm256_abs_epi32(s), bias));
+    return _mm256_sub_epi32(_mm256_xor_si256(q, neg), neg);
+}
+
+struct ExactConsts {
+    Split y, cb, cr;
+    __m256i yBias, yOffset;  // Y offset as 16-bit words
+    __m256i cbUp, cbDown, crBias, c128;
+};
+ExactConsts exact_consts(const FromRgbRow& k, bool planar) {
+    return {split(k.rToY, k.gToY, k.bToY), split(k.rToCb, k.gToCb, k.bToCb),
+            split(k.rToCr, k.gToCr, k.bToCr),
+            // The planar layout's odd pixel has no rounding step.
+            planar ? _mm256_set_epi32(0, 499999, 0, 499999, 0, 499999, 0, 499999)
+                   : _mm256_set1_epi32(499999),
+            _mm256_set1_epi16(static_cast<int16_t>(k.yOffset)), _mm256_set1_epi32(549999),
+            _mm256_set1_epi32(749999), _mm256_set1_epi32(499999), _mm256_set1_epi16(128)};
+}
+
+template <bool Planar, uint32_t Bytes, Format Shape>
+void exact_row_avx2(const RowArgs& a, const FromRgbRow& k, PixelLayout l, ExactRow tail) {
+    const ExactConsts c = exact_consts(k, Planar);
+    const Unpack m = unpack_masks(l);
+    // Three-byte loads reach four bytes past their eighth pixel: keep a pair in
+    // hand so they stay inside the row's pairs.
+    constexpr uint32_t spare = Bytes == 3 ? 1 : 0;
+    const bool chroma = a.cb != nullptr;
+    uint32_t p = 0;
+    const uint8_t* s = a.src;
+    for (; p + 8 + spare <= a.pairs; p += 8, s += 16 * Bytes) {
+        const Words w0 = words8(load8<Bytes>(s), m);
+        const Words w1 = words8(load8<Bytes>(s + 8 * Bytes), m);
+        auto luma = [&](const Words& w) {
+            return per_million(_mm256_add_epi32(exact_sum(w, c.y), c.yBias));
+        };
+        // Quotients below 2^15: the signed pack keeps them.
+        const __m256i yw = _mm256_adds_epu16(_mm256_packs_epi32(luma(w0), luma(w1)), c.yOffset);
+        if constexpr (Planar) {
+            if (!chroma) {
+                store_luma(a.y + 2 * size_t{p}, yw);
+                continue;
+            }
+        }
+        const Words e = evens(w0, w1);
+        const __m256i cbq = chroma_quotient(exact_sum(e, c.cb), c.cbUp, c.cbDown);
+        const __m256i crq = chroma_quotient(exact_sum(e, c.cr), c.crBias, c.crBias);
+        const __m256i cw = _mm256_add_epi16(_mm256_packs_epi32(cbq, crq), c.c128);
+        const __m256i all = combine(yw, _mm256_packus_epi16(cw, cw));
+        if constexpr (Planar)
+            store_planar(a.y + 2 * size_t{p}, a.cb + p, a.cr + p, all);
+        else
+            store_packed<Shape>(Shape == Format::UYVY ? a.cb + 4 * size_t{p} : a.y + 4 * size_t{p},
+                                all);
+    }
+    if (p == a.pairs) return;
+    const size_t step = Planar ? 1 : 4;
+    tail({s, a.y + (Planar ? 2 : 4) * size_t{p}, chroma ? a.cb + step * p : nullptr,
+          chroma ? a.cr + step * p : nullptr, a.pairs - p},
+         k, l);
+}
+
+// ---- The 14-bit kernels ----
+
+struct Q14Consts {
+    __m256i yBG, yR, cbBG, cbR, crBG, crR;  // (R, 8192) pairs carry the rounding
+    __m256i yOffset, c128;
+};
+Q14Consts q14_consts(const Q14Set& k) {
+    return {pair16(k.y[2], k.y[1]),
+            pair16(k.y[0], 8192),
+            pair16(k.cb[2], k.cb[1]),
+            pair16(k.cb[0], 8192),
+            pair16(k.cr[2], k.cr[1]),
+            pair16(k.cr[0], 8192),
+            _mm256_set1_epi16(static_cast<int16_t>(k.yOffset)),
+            _mm256_set1_epi16(128)};
+}
+CYCBCR_INLINE __m256i q14_sum(const Words& w, __m256i bg, __m256i r) {
+    return _mm256_srai_epi32(
+        _mm256_add_epi32(_mm256_madd_epi16(w.bg, bg), _mm256_madd_epi16(w.r, r)), 14);
+}
+
+template <bool Planar, Format Shape>
+void q14_groups_avx2(const RowArgs& a, const Q14Set& k, PixelLayout l, uint32_t groups) {
+    const Q14Consts c = q14_consts(k);
+    const Unpack m = unpack_masks(l);
+    // The (R, 0) words take a 1 beside R, the multiplier of the rounding 8192.
+    const __m256i one = _mm256_set1_epi32(0x10000);
+    static constexpr int8_t kEven[16] = {0, 2, 4, 6, 8, 10, 12, 14, -1, -1, -1, -1, -1, -1, -1, -1};
+    const __m256i even = lanes(kEven);
+    const uint8_t* s = a.src;
+    uint32_t g = 0;
+    for (; g + 2 <= groups; g += 2, s += 64) {
+        Words w0 = words8(load8<4>(s), m), w1 = words8(load8<4>(s + 32), m);
+        w0.r = _mm256_or_si256(w0.r, one);
+        w1.r = _mm256_or_si256(w1.r, one);
+        auto channel = [&](__m256i bg, __m256i r) {
+            return _mm256_packs_epi32(q14_sum(w0, bg, r), q14_sum(w1, bg, r));
+        };
+        const __m256i yw = _mm256_add_epi16(channel(c.yBG, c.yR), c.yOffset);
+        const __m256i cbw = _mm256_add_epi16(channel(c.cbBG, c.cbR), c.c128);
+        const __m256i crw = _mm256_add_epi16(channel(c.crBG, c.crR), c.c128);
+        // Saturated per pixel, then the pair's rounded-up average.
+        const __m256i cbcr = _mm256_packus_epi16(cbw, crw);
+        const __m256i avg = _mm256_avg_epu8(cbcr, _mm256_srli_epi16(cbcr, 8));
+        const __m256i all = combine(yw, _mm256_shuffle_epi8(avg, even));
+        const size_t p = 4 * size_t{g};
+        if constexpr (Planar)
+            store_planar(a.y + 2 * p, a.cb + p, a.cr + p, all);
+        else
+            store_packed<Shape>(Shape == Format::UYVY ? a.cb + 4 * p : a.y + 4 * p, all);
+    }
+    if (g < groups) {
+        // The last single group: the plain rule, identical bytes.
+        const size_t p = 4 * size_t{g};
+        const size_t step = Planar ? 1 : 4;
+        q14_groups_plain({s, a.y + (Planar ? 2 : 4) * p, a.cb + step * p, a.cr + step * p, 4}, k, l,
+                         1, Planar);
+    }
+}
+
+template <bool Planar>
+ExactVectorRow exact_by_shape(PixelLayout l, Format shape) {
+    if (l.bytes == 4) {
+        switch (shape) {
+            case Format::UYVY:
+                return exact_row_avx2<Planar, 4, Format::UYVY>;
+            case Format::YUY2:
+                return exact_row_avx2<Planar, 4, Format::YUY2>;
+            default:
+                return exact_row_avx2<Planar, 4, Format::YVYU>;
+        }
+    }
+    switch (shape) {
+        case Format::UYVY:
+            return exact_row_avx2<Planar, 3, Format::UYVY>;
+        case Format::YUY2:
+            return exact_row_avx2<Planar, 3, Format::YUY2>;
+        default:
+            return exact_row_avx2<Planar, 3, Format::YVYU>;
+    }
+}
+
+}  // namespace
+
+ExactVectorRow avx2_exact_row(bool planar, PixelLayout l, Format packedShape) {
+    if (l.bytes != 3 && l.bytes != 4) return nullptr;
+    if (planar) return exact_by_shape<true>(l, Format::UYVY);
+    if (packedShape != Format::UYVY && packedShape != Format::YUY2 && packedShape != Format::YVYU)
+        return nullptr;
+    return exact_by_shape<false>(l, packedShape);
+}
+
+Q14Groups avx2_q14_groups(bool planar, Format packedShape) {
+    if (planar) return q14_groups_avx2<true, Format::UYVY>;
+    switch (packedShape) {
+        case Format::UYVY:
+            return q14_groups_avx2<false, Format::UYVY>;
+        case Format::YUY2:
+            return q14_groups_avx2<false, Format::YUY2>;
+        case Format::YVYU:
+            return q14_groups_avx2<false, Format::YVYU>;
+        default:
+            return nullptr;
+    }
+}
+
+}  // namespace cycbcr::fromrgb
