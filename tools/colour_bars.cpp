@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "rgb_layouts.h"
 #include "tool_error.h"
 
 namespace cycbcr_tool {
@@ -146,6 +147,18 @@ void write_v210(uint32_t width, uint32_t height, const FrameLayout& layout,
     }
 }
 
+// Which of R, G, B bar 0 to 7 lights.
+constexpr std::array<std::array<bool, 3>, 8> kLit = {{{true, true, true},
+                                                      {true, true, false},
+                                                      {false, true, true},
+                                                      {false, true, false},
+                                                      {true, false, true},
+                                                      {true, false, false},
+                                                      {false, false, true},
+                                                      {false, false, false}}};
+
+constexpr uint8_t kBar8 = 191;
+
 }  // namespace
 
 YCbCr bar_colour(int bar) {
@@ -182,6 +195,23 @@ void write_colour_bars(Format format, uint32_t width, uint32_t height, const Fra
     }
     throw ToolError(std::string("no built-in test frame for ") + format_name(format) +
                     " yet; use --in");
+}
+
+void write_rgb_colour_bars(RgbDepth depth, QBYCBCRRgbType type, uint32_t width, uint32_t height,
+                           std::span<uint8_t> frame) {
+    std::vector<uint8_t> rgba(size_t{width} * 4);
+    for (uint32_t x = 0; x < width; ++x) {
+        const std::array<bool, 3>& lit = kLit[static_cast<size_t>(bar_at(x, width))];
+        for (size_t c = 0; c < 3; ++c) rgba[4 * size_t{x} + c] = lit[c] ? kBar8 : 0;
+        rgba[4 * size_t{x} + 3] = 255;
+    }
+    const size_t row_bytes = size_t{width} * rgb_pixel_bytes(depth);
+    std::vector<uint8_t> row(row_bytes);
+    rgba_row_to_rgb(depth, type, rgba.data(), row.data(), width);
+    // The bars are vertical: every row, top-down or bottom-up, is this one.
+    for (uint32_t line = 0; line < height; ++line) {
+        std::memcpy(frame.data() + size_t{line} * row_bytes, row.data(), row_bytes);
+    }
 }
 
 }  // namespace cycbcr_tool

@@ -117,9 +117,20 @@ QBYCBCRRgbType rgb_type_option(const Options& options) {
     return type;
 }
 
-QBYCBCRMatrix matrix_option(const Options& options) {
+QBYCBCRRgbType rgb_source_type_option(const Options& options, RgbDepth depth,
+                                      std::string_view command) {
+    const QBYCBCRRgbType type = rgb_type_option(options);
+    const uint32_t layout = type & ~uint32_t{QBYCBCR_RGB_BOTTOM_UP};
+    if (depth == RgbDepth::Rgb48 && (layout == QBYCBCR_RGB_ABGR || layout == QBYCBCR_RGB_ARGB)) {
+        throw ToolError(std::string(command) +
+                        ": rgb48 pixels have no alpha: --rgb-type bgra or rgba (B G R or R G B)");
+    }
+    return type;
+}
+
+QBYCBCRMatrix matrix_option(const Options& options, bool from_rgb) {
     const std::optional<std::string> text = options.value("--matrix");
-    return text ? parse_matrix(*text) : QBYCBCRMatrix{QBYCBCR_MATRIX_601};
+    return text ? parse_matrix(*text, from_rgb) : QBYCBCRMatrix{QBYCBCR_MATRIX_601};
 }
 
 }  // namespace cycbcr_tool

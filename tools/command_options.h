@@ -45,8 +45,9 @@ const FormatCode& resolve_code(const std::string& text, bool destination);
 // A source as typed: a code as resolve_code() reads it, or the name NV12.
 const FormatCode& resolve_source(const std::string& text);
 
-// An RGB destination or source: rgb555, rgb565, rgb24, rgb32 (any case), or a
-// code of the RGB format (0: rgb32). nullopt for any other text.
+// An RGB destination or source: rgb555, rgb565, rgb24, rgb32, rgb48, rgb64,
+// rgb32f (any case), or a code of the RGB format (0: rgb32). nullopt for any
+// other text.
 std::optional<RgbDepth> resolve_rgb(const std::string& text);
 
 // --level: 0 to 6.
@@ -55,7 +56,13 @@ unsigned int parse_level(const std::string& text);
 // The RGB layout of --rgb-type (default 0) and --bottom-up together.
 QBYCBCRRgbType rgb_type_option(const Options& options);
 
-// --matrix, 0 without it.
-QBYCBCRMatrix matrix_option(const Options& options);
+// The layout of an RGB source of the depth: rgb_type_option(), with abgr and
+// argb refused for rgb48, whose pixels have no alpha (the error names the
+// command).
+QBYCBCRRgbType rgb_source_type_option(const Options& options, RgbDepth depth,
+                                      std::string_view command);
+
+// --matrix, 0 without it; from_rgb for conversions from RGB (matrices 0 to 10).
+QBYCBCRMatrix matrix_option(const Options& options, bool from_rgb = false);
 
 }  // namespace cycbcr_tool

@@ -17,6 +17,7 @@
 #include "conversions.h"
 #include "formats.h"
 #include "frame_io.h"
+#include "from_rgb_conversions.h"
 #include "rgb_conversions.h"
 #include "tool_error.h"
 
@@ -74,15 +75,37 @@ class Progress {
     std::chrono::steady_clock::time_point last_ = start_;
 };
 
-// The converter of a request: to RGB when --to names an RGB depth (or the RGB
-// code 0), else between YCbCr formats. Throws for options that do not fit
-// the destination.
+// The converter of a request: from RGB when --from names an RGB depth (or the
+// RGB code 0), to RGB when --to does, else between YCbCr formats. Throws for
+// options that do not fit the pair.
 struct Conversion {
     std::unique_ptr<Converter> converter;
     FrameLayout src_layout;
     uint64_t dst_frame_bytes = 0;
     std::string dst_text;
 };
+
+Conversion make_from_rgb_conversion(const Options& options, RgbDepth depth, uint32_t width,
+                                    uint32_t height) {
+    Conversion c;
+    const std::string to_text = *options.value("--to");
+    if (resolve_rgb(to_text)) {
+        throw ToolError("converting RGB to RGB is not supported (see cycbcr formats)");
+    }
+    if (names_nv12(to_text)) {
+        throw ToolError(
+            "convert: NV12 is read only, as a source for RGB destinations; "
+            "it cannot be written");
+    }
+    const FormatCode& to = resolve_code(to_text, true);
+    const QBYCBCRMatrix matrix = matrix_option(options, true);
+    const QBYCBCRRgbType type = rgb_source_type_option(options, depth, "convert");
+    c.converter = std::make_unique<FromRgbConverter>(depth, to, width, height, matrix, type);
+    c.src_layout = rgb_layout(depth, width, height);
+    c.dst_frame_bytes = frame_layout(to.format, width, height).frame_bytes;
+    c.dst_text = code_text(to.value);
+    return c;
+}
 
 Conversion make_conversion(const Options& options, const FormatCode& from, uint32_t width,
                            uint32_t height) {
@@ -112,7 +135,7 @@ Conversion make_conversion(const Options& options, const FormatCode& from, uint3
     for (const char* rgb_only : {"--matrix", "--rgb-type", "--bottom-up"}) {
         if (options.has(rgb_only)) {
             throw ToolError(std::string("convert: ") + rgb_only +
-                            " applies to RGB destinations only (rgb555, rgb565, rgb24, rgb32)");
+                            " applies to RGB sources and destinations only");
         }
     }
     const FormatCode& to = resolve_code(to_text, true);
@@ -139,17 +162,22 @@ int run_convert(Args args) {
     options.require("--to");
     if (options.has("--in")) options.require("--size", "with --in");
     const std::string from_text = *options.value("--from");
-    if (parse_rgb_depth(from_text)) {
-        throw ToolError("converting from RGB is not supported; 'cycbcr preview' reads RGB frames");
+    // An RGB source: a depth, or the code 0 (rgb32).
+    const std::optional<RgbDepth> rgb = resolve_rgb(from_text);
+    if (rgb && !rgb_convertible_source(*rgb)) {
+        throw ToolError(std::string("convert: ") + rgb_depth_name(*rgb) +
+                        " is not a source convert reads (rgb24, rgb32, rgb48, rgb64, rgb32f)");
     }
-    const FormatCode& from = resolve_source(from_text);
+    const FormatCode* from = rgb ? nullptr : &resolve_source(from_text);
+    const std::string from_name = rgb ? rgb_depth_name(*rgb) : code_text(from->value);
 
     uint32_t width = 1920;
     uint32_t height = 1080;
     if (const std::optional<std::string> size = options.value("--size")) {
         parse_size(*size, width, height);
     }
-    Conversion conversion = make_conversion(options, from, width, height);
+    Conversion conversion = rgb ? make_from_rgb_conversion(options, *rgb, width, height)
+                                : make_conversion(options, *from, width, height);
     Converter& converter = *conversion.converter;
     const std::string size_text = std::to_string(width) + "x" + std::to_string(height);
     const std::span<uint8_t> src_frame = converter.source();
@@ -157,9 +185,11 @@ int run_convert(Args args) {
     std::optional<FrameReader> reader;
     if (const std::optional<std::string> in = options.value("--in")) {
         reader.emplace(*in, conversion.src_layout.frame_bytes,
-                       size_text + " " + format_name(from.format));
+                       size_text + " " + (rgb ? rgb_depth_name(*rgb) : format_name(from->format)));
+    } else if (rgb) {
+        write_rgb_colour_bars(*rgb, rgb_type_option(options), width, height, src_frame);
     } else {
-        write_colour_bars(from.format, width, height, conversion.src_layout, src_frame);
+        write_colour_bars(from->format, width, height, conversion.src_layout, src_frame);
     }
     // The level is settled before the first frame: some converters called
     // without the dispatcher leave the choice to a later call, and every
@@ -192,8 +222,8 @@ int run_convert(Args args) {
     if (output) {
         output->commit();
     } else {
-        std::printf("%s -> %s %s: frames=%llu bytes=%llu fnv1a64=%016llx\n",
-                    code_text(from.value).c_str(), conversion.dst_text.c_str(), size_text.c_str(),
+        std::printf("%s -> %s %s: frames=%llu bytes=%llu fnv1a64=%016llx\n", from_name.c_str(),
+                    conversion.dst_text.c_str(), size_text.c_str(),
                     static_cast<unsigned long long>(frames),
                     static_cast<unsigned long long>(frames * conversion.dst_frame_bytes),
                     static_cast<unsigned long long>(checksum.value()));

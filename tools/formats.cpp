@@ -313,6 +313,12 @@ const char* rgb_depth_name(RgbDepth depth) {
             return "rgb24";
         case RgbDepth::Rgb32:
             return "rgb32";
+        case RgbDepth::Rgb48:
+            return "rgb48";
+        case RgbDepth::Rgb64:
+            return "rgb64";
+        case RgbDepth::Rgb32F:
+            return "rgb32f";
     }
     return "?";
 }
@@ -326,6 +332,12 @@ uint32_t rgb_pixel_bytes(RgbDepth depth) {
             return 3;
         case RgbDepth::Rgb32:
             return 4;
+        case RgbDepth::Rgb48:
+            return 6;
+        case RgbDepth::Rgb64:
+            return 8;
+        case RgbDepth::Rgb32F:
+            return 16;
     }
     return 0;
 }
@@ -336,8 +348,20 @@ std::span<const RgbDepth> all_rgb_depths() {
     return kDepths;
 }
 
+bool rgb_writable(RgbDepth depth) {
+    return depth == RgbDepth::Rgb555 || depth == RgbDepth::Rgb565 || depth == RgbDepth::Rgb24 ||
+           depth == RgbDepth::Rgb32;
+}
+
+bool rgb_convertible_source(RgbDepth depth) {
+    return depth != RgbDepth::Rgb555 && depth != RgbDepth::Rgb565;
+}
+
 std::optional<RgbDepth> parse_rgb_depth(std::string_view text) {
-    for (const RgbDepth depth : all_rgb_depths()) {
+    static constexpr RgbDepth kEvery[] = {RgbDepth::Rgb555, RgbDepth::Rgb565, RgbDepth::Rgb24,
+                                          RgbDepth::Rgb32,  RgbDepth::Rgb48,  RgbDepth::Rgb64,
+                                          RgbDepth::Rgb32F};
+    for (const RgbDepth depth : kEvery) {
         const std::string_view name = rgb_depth_name(depth);
         if (name.size() != text.size()) continue;
         bool same = true;

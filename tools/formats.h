@@ -103,14 +103,26 @@ FrameLayout source_layout(Format format, uint32_t width, uint32_t height);
 // The planes of a frame laid out by source_layout(), in memory order.
 std::vector<PlaneRows> source_planes(Format format, uint32_t width, uint32_t height);
 
-// The RGB pixel sizes the command writes (and previews read). Frames have their
-// rows tightly packed: width * rgb_pixel_bytes() bytes each.
-enum class RgbDepth { Rgb555, Rgb565, Rgb24, Rgb32 };
+// The RGB pixel sizes the command knows. It writes the first four (and
+// previews read them); rgb24, rgb32 and the last three are the sources it
+// converts to YCbCr: rgb48 and rgb64 pixels are three or four little-endian
+// 16-bit words, rgb32f pixels four native (little-endian) 32-bit floats.
+// Frames have their rows tightly packed: width * rgb_pixel_bytes() bytes each.
+enum class RgbDepth { Rgb555, Rgb565, Rgb24, Rgb32, Rgb48, Rgb64, Rgb32F };
 
-// "rgb555", "rgb565", "rgb24", "rgb32".
+// "rgb555", "rgb565", "rgb24", "rgb32", "rgb48", "rgb64", "rgb32f".
 const char* rgb_depth_name(RgbDepth depth);
 uint32_t rgb_pixel_bytes(RgbDepth depth);
+
+// The depths the command writes: rgb555, rgb565, rgb24, rgb32.
 std::span<const RgbDepth> all_rgb_depths();
+
+// Whether the command writes the depth (else it only reads it).
+bool rgb_writable(RgbDepth depth);
+
+// Whether 'cycbcr convert' reads the depth as a source: rgb24, rgb32, rgb48,
+// rgb64, rgb32f.
+bool rgb_convertible_source(RgbDepth depth);
 
 // The depth named by text, compared without regard to case ("rgb24", "RGB24");
 // nullopt for any other text.

@@ -9,6 +9,7 @@
 #include "commands.h"
 #include "conversions.h"
 #include "formats.h"
+#include "from_rgb_conversions.h"
 #include "tool_error.h"
 
 namespace cycbcr_tool {
@@ -58,7 +59,8 @@ int run_formats(Args args) {
 
     std::puts(
         "\n  RGB destinations are named by depth: rgb555, rgb565, rgb24, rgb32 (code 0),\n"
-        "  in the layout --rgb-type gives (see cycbcr --help).");
+        "  in the layout --rgb-type gives (see cycbcr --help). RGB sources: rgb24,\n"
+        "  rgb32 (code 0), rgb48, rgb64, rgb32f, each to the formats of the rgb32 row.");
 
     // YCbCr columns, then one per RGB depth; the RGB format's own column is
     // the rgb32 one.
@@ -77,10 +79,14 @@ int run_formats(Args args) {
         for (const FormatCodes* to : ycbcr) {
             const char* cell = "-";
             const uint32_t to_code = to->codes.front()->value;
-            if (library_converts(from_code, to_code)) {
+            if (from.format == Format::RGB32) {
+                if (command_converts_from_rgb(to_code)) {
+                    cell = "yes";
+                } else if (cycbcr_from_rgb_pair_converter(to_code) != nullptr) {
+                    cell = "lib";
+                }
+            } else if (library_converts(from_code, to_code)) {
                 cell = command_converts(from_code, to_code) ? "yes" : "lib";
-            } else if (cycbcr_rgb_pair_converter(to_code, from_code) != nullptr) {
-                cell = "lib";  // from RGB, which the command does not read
             }
             std::printf(" %6s", cell);
         }

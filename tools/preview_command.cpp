@@ -81,9 +81,6 @@ int run_preview(Args args) {
     if (const std::optional<std::string> frame = options.value("--frame")) {
         index = parse_frame_index(*frame);
     }
-    if (!in && rgb) {
-        throw ToolError("preview: RGB sources need --in (the built-in frame is YCbCr)");
-    }
     if (!in && index != 0) {
         throw ToolError(
             "preview: without --in there is one frame, the built-in colour bars "
@@ -91,7 +88,8 @@ int run_preview(Args args) {
     }
 
     // YCbCr goes through the library to R, G, B bytes top-down, exactly the
-    // rows of an 8-bit RGB PNG; RGB frames are read as they are.
+    // rows of an 8-bit RGB PNG; RGB frames are read as they are, 16-bit and
+    // float channels reduced to 8 bits (rgb_row_to_rgb24()).
     std::optional<RgbConverter> converter;
     std::vector<uint8_t> rgb_frame;
     std::span<uint8_t> frame;
@@ -109,11 +107,14 @@ int run_preview(Args args) {
         frame = converter->source();
         frame_text += format_name(from->format);
     }
-    const QBYCBCRRgbType type = rgb ? rgb_type_option(options) : QBYCBCRRgbType{QBYCBCR_RGB_RGBA};
+    const QBYCBCRRgbType type =
+        rgb ? rgb_source_type_option(options, *rgb, "preview") : QBYCBCRRgbType{QBYCBCR_RGB_RGBA};
 
     if (in) {
         FrameReader reader(*in, layout.frame_bytes, frame_text);
         read_frame(reader, index, frame, *in);
+    } else if (rgb) {
+        write_rgb_colour_bars(*rgb, type, width, height, frame);
     } else {
         write_colour_bars(from->format, width, height, layout, frame);
     }

@@ -2,6 +2,8 @@
 
 #include <array>
 #include <charconv>
+#include <cmath>
+#include <cstring>
 
 #include "tool_error.h"
 
@@ -19,7 +21,7 @@ struct MatrixName {
 // BT.2020 studio-range matrix applies BT.2020's chroma weights unscaled, where
 // the other studio-range ones scale them by 219 / 224 (about 2% stronger
 // colour, up to 4 levels at the most saturated chroma).
-constexpr std::array<MatrixName, 8> kMatrices = {{
+constexpr std::array<MatrixName, 11> kMatrices = {{
     {QBYCBCR_MATRIX_601, "601", "BT.601, full-range RGB (the default)"},
     {QBYCBCR_MATRIX_601_STUDIO, "601-studio", "BT.601, RGB kept in the studio range 16..235"},
     {QBYCBCR_MATRIX_709, "709", "BT.709, full-range RGB"},
@@ -29,7 +31,14 @@ constexpr std::array<MatrixName, 8> kMatrices = {{
      "BT.709, studio-range RGB (as 709-studio at 8 bits)"},
     {QBYCBCR_MATRIX_2020, "2020", "BT.2020, full-range RGB"},
     {QBYCBCR_MATRIX_2020_STUDIO, "2020-studio", "BT.2020, studio-range RGB (chroma 2% stronger)"},
+    // Rows the library has for RGB sources only.
+    {QBYCBCR_MATRIX_EXTRA_8, "extra-8", "the library's further row 8 (RGB sources only)"},
+    {QBYCBCR_MATRIX_EXTRA_9, "extra-9", "the library's further row 9 (RGB sources only)"},
+    {QBYCBCR_MATRIX_EXTRA_10, "extra-10", "the library's further row 10 (RGB sources only)"},
 }};
+
+// The matrices of the YCbCr to RGB direction: 0 to 7.
+constexpr size_t kToRgbMatrices = 8;
 
 struct LayoutName {
     QBYCBCRRgbType value;
@@ -91,18 +100,41 @@ uint8_t widen6(uint32_t v) {
     return static_cast<uint8_t>(v << 2 | v >> 4);
 }
 
+// A native float, clamped to 0..1 (NaN as 0) and scaled to 0..255, rounded.
+uint8_t float_to_8bit(const uint8_t* bytes) {
+    float v = 0;
+    std::memcpy(&v, bytes, sizeof v);
+    const float clamped = v > 0.0f ? (v < 1.0f ? v : 1.0f) : 0.0f;
+    return static_cast<uint8_t>(std::lround(clamped * 255.0f));
+}
+
 }  // namespace
 
-QBYCBCRMatrix parse_matrix(std::string_view text) {
-    for (const MatrixName& m : kMatrices) {
-        if (same_text(text, m.name)) return m.value;
+QBYCBCRMatrix parse_matrix(std::string_view text, bool from_rgb) {
+    const size_t known = from_rgb ? kMatrices.size() : kToRgbMatrices;
+    for (size_t i = 0; i < known; ++i) {
+        if (same_text(text, kMatrices[i].name)) return kMatrices[i].value;
     }
-    // Numbers are decimal; no name is a number from 0 to 7.
+    // Numbers are decimal, without a leading 0; no name is a number.
     uint32_t value = 0;
-    if (text.size() == 1 && parse_number(text, value) && value < kMatrices.size()) return value;
-    throw ToolError("bad matrix '" + std::string(text) +
-                    "': expected 0 to 7 or a name (601, 601-studio, 709, 709-studio, "
-                    "709-precise, 709-precise-studio, 2020, 2020-studio)");
+    if (!text.empty() && text.size() <= 2 && (text.size() == 1 || text[0] != '0') &&
+        parse_number(text, value) && value < known) {
+        return value;
+    }
+    if (!from_rgb) {
+        const std::string name(text);
+        for (size_t i = kToRgbMatrices; i < kMatrices.size(); ++i) {
+            if (same_text(text, kMatrices[i].name) || name == std::to_string(i)) {
+                throw ToolError("matrix '" + name +
+                                "' exists for RGB sources only: YCbCr sources take 0 to 7");
+            }
+        }
+    }
+    throw ToolError("bad matrix '" + std::string(text) + "': expected " +
+                    (from_rgb ? "0 to 10" : "0 to 7") +
+                    " or a name (601, 601-studio, 709, 709-studio, 709-precise, "
+                    "709-precise-studio, 2020, 2020-studio" +
+                    (from_rgb ? ", extra-8, extra-9, extra-10)" : ")"));
 }
 
 const char* matrix_name(QBYCBCRMatrix matrix) {
@@ -113,7 +145,7 @@ std::string matrix_help() {
     std::string text;
     for (const MatrixName& m : kMatrices) {
         std::string name = std::to_string(m.value) + " " + m.name;
-        name.resize(22, ' ');
+        name.resize(23, ' ');
         text.append("    ").append(name).append(m.description).append("\n");
     }
     return text;
@@ -168,7 +200,11 @@ std::string rgb_type_help() {
            "    LAYOUT,bottom-up (or the number + 0x8000, e.g. 0x8002, or --bottom-up):\n"
            "             the last picture row first.\n"
            "  rgb555 and rgb565 pixels are little-endian 16-bit words of 5, 5, 5 bits (the\n"
-           "  top bit 0) or 5, 6, 5 bits, each channel's top bits kept. Alpha is 255.\n";
+           "  top bit 0) or 5, 6, 5 bits, each channel's top bits kept. Alpha is 255.\n"
+           "  Sources only: rgb48 (R, G, B little-endian 16-bit words, B G R for bgra,\n"
+           "  R G B for rgba; abgr and argb are refused, rgb48 has no alpha), rgb64 (four\n"
+           "  16-bit words in the rgb32 order) and rgb32f (four native 32-bit floats in\n"
+           "  the rgb32 order, 0.0 to 1.0).\n";
 }
 
 void rgb_row_to_rgb24(RgbDepth depth, QBYCBCRRgbType type, const uint8_t* src, uint8_t* dst,
@@ -201,6 +237,23 @@ void rgb_row_to_rgb24(RgbDepth depth, QBYCBCRRgbType type, const uint8_t* src, u
                 first = p[0];
                 green = p[1];
                 last = p[2];
+                break;
+            }
+            case RgbDepth::Rgb48:
+            case RgbDepth::Rgb64: {
+                // The high byte of each little-endian word.
+                const bool four = depth == RgbDepth::Rgb64;
+                const uint8_t* p = src + (four ? 8 : 6) * size_t{x} + (four && alpha ? 2 : 0);
+                first = p[1];
+                green = p[3];
+                last = p[5];
+                break;
+            }
+            case RgbDepth::Rgb32F: {
+                const uint8_t* p = src + 16 * size_t{x} + (alpha ? 4 : 0);
+                first = float_to_8bit(p);
+                green = float_to_8bit(p + 4);
+                last = float_to_8bit(p + 8);
                 break;
             }
         }
@@ -243,6 +296,31 @@ void rgba_row_to_rgb(RgbDepth depth, QBYCBCRRgbType type, const uint8_t* src, ui
                 p[2] = static_cast<uint8_t>(last);
                 dst[alpha ? 0 : 3] = src[3];
                 dst += 4;
+                break;
+            }
+            case RgbDepth::Rgb48:
+            case RgbDepth::Rgb64: {
+                // v * 257: the 16-bit value whose high and low bytes are v.
+                const bool four = depth == RgbDepth::Rgb64;
+                uint8_t* p = dst + (four && alpha ? 2 : 0);
+                for (const uint32_t v : {first, green, last}) {
+                    p[0] = p[1] = static_cast<uint8_t>(v);
+                    p += 2;
+                }
+                if (four) dst[alpha ? 0 : 6] = dst[alpha ? 1 : 7] = src[3];
+                dst += four ? 8 : 6;
+                break;
+            }
+            case RgbDepth::Rgb32F: {
+                float* p = reinterpret_cast<float*>(dst);
+                const float a = static_cast<float>(src[3]) / 255.0f;
+                const float c[3] = {static_cast<float>(first) / 255.0f,
+                                    static_cast<float>(green) / 255.0f,
+                                    static_cast<float>(last) / 255.0f};
+                const float pixel[4] = {alpha ? a : c[0], alpha ? c[0] : c[1], alpha ? c[1] : c[2],
+                                        alpha ? c[2] : a};
+                std::memcpy(p, pixel, sizeof pixel);
+                dst += 16;
                 break;
             }
         }

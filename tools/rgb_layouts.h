@@ -13,10 +13,12 @@
 namespace cycbcr_tool {
 
 // A matrix by name ("601", "709-studio", ...) or number (0 to 7, the
-// QBYCBCR_MATRIX_* values); throws ToolError for anything else.
-QBYCBCRMatrix parse_matrix(std::string_view text);
+// QBYCBCR_MATRIX_* values; with from_rgb, for conversions from RGB, also 8 to
+// 10, "extra-8" to "extra-10", rows the library has in that direction only);
+// throws ToolError for anything else.
+QBYCBCRMatrix parse_matrix(std::string_view text, bool from_rgb = false);
 
-// The name of matrix 0 to 7.
+// The name of matrix 0 to 10.
 const char* matrix_name(QBYCBCRMatrix matrix);
 
 // The lines --help lists the matrices in, one per matrix.
@@ -39,8 +41,9 @@ std::string rgb_type_help();
 
 // One row of `width` pixels of the depth and layout, as 8-bit R, G, B bytes
 // (the row order, bottom-up or not, is the caller's). 5- and 6-bit channels
-// are widened by repeating their top bits (31 -> 255, 16 -> 132); alpha is
-// dropped.
+// are widened by repeating their top bits (31 -> 255, 16 -> 132); 16-bit
+// words give their high byte; floats are clamped to 0..1 (NaN as 0), times
+// 255, rounded; alpha is dropped. rgb48 takes the rgb24 orders.
 void rgb_row_to_rgb24(RgbDepth depth, QBYCBCRRgbType type, const uint8_t* src, uint8_t* dst,
                       uint32_t width);
 
@@ -49,7 +52,9 @@ void rgb_row_to_rgb24(RgbDepth depth, QBYCBCRRgbType type, const uint8_t* src, u
 // top bits, 3-byte pixels drop alpha, 4-byte ones keep it (the row order is
 // the caller's). This is how the library's engine packs the 8-bit channels it
 // computes into each depth, so a 32-bit frame of the engine repacked here is
-// the engine's frame of the other depth, byte for byte.
+// the engine's frame of the other depth, byte for byte. The source-only
+// depths take each 8-bit value v as the 16-bit word v * 257 (rgb48 drops
+// alpha as rgb24 does) or the float v / 255.
 void rgba_row_to_rgb(RgbDepth depth, QBYCBCRRgbType type, const uint8_t* src, uint8_t* dst,
                      uint32_t width);
 

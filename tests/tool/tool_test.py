@@ -5,7 +5,8 @@ the pair listing against what convert does, RGB output and its options, PNG
 previews (read back with zlib alone), and the refusal of every bad request
 with status 2 and no file left behind. (Every pair's frames are read back by
 FFmpeg in standard_frames_test; the RGB frames of every format, matrix and
-layout are checked against FFmpeg in rgb_frames_test.)
+layout are checked against FFmpeg in rgb_frames_test; the YCbCr frames made
+from RGB sources against the library and the standards in from_rgb_test.)
 
 Usage: tool_test.py PATH_TO_CYCBCR [unittest arguments]
 """
@@ -14,6 +15,7 @@ import pty
 import random
 import re
 import stat
+import struct
 import subprocess
 import sys
 import tempfile
@@ -457,6 +459,8 @@ class FormatListing(ToolCase):
         built |= {(a, b) for a in YCBCR for b in RGB_DEPTHS}
         for pair in built:
             self.assertEqual(cells[pair], "yes", pair)
+        # RGB to every 8-bit YCbCr format.
+        built |= {("rgb32", b) for b in eight_bit}
         for depth in RGB_DEPTHS:
             self.assertEqual(cells[("rgb32", depth)], "-")
             self.assertEqual(cells[("NV12", depth)], "yes")
@@ -618,6 +622,148 @@ class Nv12Source(ToolCase):
             self.assertEqual(read_png(self.read("p.png")),
                              (width, height, rgb[width * height * 3:]), size)
 
+class RgbSource(ToolCase):
+    """RGB sources converted to 8-bit YCbCr: the built-in bars in every depth
+    and layout, refusals of what the library cannot convert whole, and
+    previews of 16-bit and float pixels (hand-worked values). (Every depth,
+    format, layout and matrix against the library and the standards:
+    from_rgb_test.)"""
+
+    DEPTHS = {"rgb24": 3, "rgb32": 4, "rgb48": 6, "rgb64": 8, "rgb32f": 16}
+    EIGHT_BIT = ["UYVY", "YUY2", "YVYU", "cyuv", "I420", "YV12", "P422"]
+
+    def test_built_in_bars_in_every_depth_and_layout(self):
+        for depth in self.DEPTHS:
+            for layout in (["--rgb-type", "rgba"], [], ["--rgb-type", "abgr", "--bottom-up"],
+                           ["--rgb-type", "0x8003"]):
+                if depth == "rgb48" and layout[1:2] in (["abgr"], ["0x8003"]):
+                    layout = ["--rgb-type", "rgba,bottom-up"]
+                res = run("convert", "--from", depth, "--to", "UYVY", "--size", "64x2",
+                          "--out", self.path("bars.uyvy"), *layout)
+                self.assertEqual(res.returncode, 0, (depth, layout, res.stderr.decode()))
+                data = self.read("bars.uyvy")
+                self.assertEqual(len(data), 64 * 2 * 2)
+                for row in (0, 1):
+                    for bar, want in enumerate(BARS_75):
+                        pair = data[row * 128 + bar * 16:row * 128 + bar * 16 + 4]
+                        got = (pair[1], pair[0], pair[2])  # Y, Cb, Cr
+                        for g, w in zip(got, want):
+                            self.assertLessEqual(abs(g - w), 2, (depth, layout, bar, got, want))
+                # The preview of the same bars: the 75% bars in R, G, B.
+                res = run("preview", "--from", depth, "--size", "64x2", "--out",
+                          self.path("bars.png"), *layout)
+                self.assertEqual(res.returncode, 0, res.stderr.decode())
+                width, height, pixels = read_png(self.read("bars.png"))
+                self.assertEqual((width, height), (64, 2))
+                self.assert_bars([pixels[24 * i:24 * i + 3] for i in range(8)])
+        # The summary names the depth; the code 0 is rgb32.
+        for src, name in (("rgb32f", "rgb32f"), ("0", "rgb32"), ("RGB48", "rgb48")):
+            res = run("convert", "--from", src, "--to", "I420", "--size", "16x4")
+            self.assertEqual(res.returncode, 0, res.stderr.decode())
+            self.assertRegex(res.stdout.decode(),
+                             "^" + name + r" -> I420 16x4: frames=1 bytes=96 fnv1a64=")
+
+    def test_every_depth_to_every_8bit_format(self):
+        for depth, size in self.DEPTHS.items():
+            data = self.random_bytes(size * 6 * 4 * 2) if depth != "rgb32f" else \
+                b"".join(struct.pack("<f", self.rng.uniform(-0.1, 1.1)) for _ in range(4 * 24 * 2))
+            for fmt in self.EIGHT_BIT:
+                out = self.convert(depth, fmt, "6x4", data, "--matrix", "extra-9")
+                self.assertEqual(len(out), 2 * 6 * 4 * 2 if fmt in ("UYVY", "YUY2", "YVYU",
+                                 "cyuv", "P422") else 2 * 36, (depth, fmt))
+                self.assertEqual(out, self.convert(depth, fmt, "6x4", data, "--matrix", "9"))
+
+    def test_odd_sizes_are_refused_and_nothing_written(self):
+        for depth, size in self.DEPTHS.items():
+            for fmt, dims, word in (("UYVY", (5, 2), "even width"), ("I420", (5, 2), "even width"),
+                                    ("P422", (3, 4), "even width"), ("I420", (4, 3), "even height"),
+                                    ("YV12", (2, 1), "even height")):
+                w, h = dims
+                inp = self.write("in.rgb", bytes(size * w * h))
+                before = sorted(os.listdir(self.dir))
+                for args in (["--in", inp], []):
+                    res = run("convert", "--from", depth, "--to", fmt, "--size", f"{w}x{h}",
+                              "--out", self.path("refused.raw"), *args)
+                    err = res.stderr.decode()
+                    self.assertEqual(res.returncode, 2, (depth, fmt, dims, err))
+                    self.assertEqual(len(err.splitlines()), 1, err)
+                    self.assertIn(word, err)
+                    self.assertEqual(sorted(os.listdir(self.dir)), before, (depth, fmt, dims))
+            # An odd height is whole for the 4:2:2 formats.
+            self.assertEqual(len(self.convert(depth, "P422", "4x3", bytes(size * 12))), 24)
+            self.assertEqual(len(self.convert(depth, "YUY2", "2x1", bytes(size * 2))), 4)
+
+    def test_preview_of_16bit_and_float_pixels(self):
+        def words(*values):
+            return b"".join(v.to_bytes(2, "little") for v in values)
+
+        def floats(*values):
+            return struct.pack("<%df" % len(values), *values)
+
+        # Two pixels, rows of one: R, G, B 0x12AB, 0xFF01, 0x0080 then
+        # 0x0000, 0x7FFF, 0xFFFF; alpha 0x3456. High bytes shown.
+        want = bytes([0x12, 0xFF, 0x00, 0x00, 0x7F, 0xFF])
+        px = [(0x12AB, 0xFF01, 0x0080), (0x0000, 0x7FFF, 0xFFFF)]
+        a = 0x3456
+        cases = [
+            ("rgb64", "rgba", b"".join(words(r, g, b, a) for r, g, b in px)),
+            ("rgb64", "bgra", b"".join(words(b, g, r, a) for r, g, b in px)),
+            ("rgb64", "abgr", b"".join(words(a, b, g, r) for r, g, b in px)),
+            ("rgb64", "argb", b"".join(words(a, r, g, b) for r, g, b in px)),
+            ("rgb48", "rgba", b"".join(words(r, g, b) for r, g, b in px)),
+            ("rgb48", "bgra", b"".join(words(b, g, r) for r, g, b in px)),
+        ]
+        for depth, layout, data in cases:
+            inp = self.write("in.rgb", data)
+            self.assertEqual(self.preview_bytes(depth, "2x1", inp, layout), want, (depth, layout))
+            # Stored last of two rows bottom-up: the top row.
+            inp = self.write("in.rgb", bytes(len(data)) + data)
+            self.assertEqual(self.preview_bytes(depth, "2x2", inp, layout + ",bottom-up")[:6],
+                             want, (depth, layout))
+        # Floats: clamped to 0..1 (NaN as 0), times 255, rounded.
+        f = [(0.5, -1.0, 2.0), (0.2, 1.0, float("nan")), (0.9981, 0.0019, 0.002)]
+        want = bytes([128, 0, 255, 51, 255, 0, 255, 0, 1])
+        for layout, order in (("rgba", lambda r, g, b: (r, g, b, 0.3)),
+                              ("bgra", lambda r, g, b: (b, g, r, 0.3)),
+                              ("abgr", lambda r, g, b: (0.3, b, g, r)),
+                              ("argb", lambda r, g, b: (0.3, r, g, b))):
+            data = b"".join(floats(*order(*p)) for p in f)
+            inp = self.write("in.rgb", data)
+            self.assertEqual(self.preview_bytes("rgb32f", "3x1", inp, layout), want, layout)
+        # Bottom-up: rows stored last first.
+        top, bottom = floats(*(1.0, 0.0, 0.0, 1.0) * 2), floats(*(0.0, 0.0, 1.0, 1.0) * 2)
+        inp = self.write("in.rgb", bottom + top)
+        self.assertEqual(self.preview_bytes("rgb32f", "2x2", inp, "rgba,bottom-up"),
+                         bytes([255, 0, 0] * 2 + [0, 0, 255] * 2))
+
+    def preview_bytes(self, depth, size, inp, layout):
+        res = run("preview", "--from", depth, "--size", size, "--in", inp, "--rgb-type", layout,
+                  "--out", self.path("p.png"))
+        self.assertEqual(res.returncode, 0, res.stderr.decode())
+        return read_png(self.read("p.png"))[2]
+
+    def test_bad_rgb_source_requests(self):
+        inp = self.write("in.rgb", bytes(6 * 4 * 2))
+        for src, dst, extra, said in (
+                ("rgb48", "UYVY", ["--rgb-type", "argb"], "no alpha"),
+                ("rgb48", "UYVY", ["--rgb-type", "abgr,bottom-up"], "no alpha"),
+                ("rgb24", "v210", [], "8-bit YCbCr"),
+                ("rgb24", "rgb32", [], "not supported"),
+                ("rgb32f", "NV12", [], "cannot be written"),
+                ("rgb565", "UYVY", [], "not a source"),
+                ("rgb24", "UYVY", ["--matrix", "11"], "0 to 10"),
+                ("rgb24", "UYVY", ["--matrix", "010"], "0 to 10"),
+                ("rgb24", "UYVY", ["--matrix", "extra-11"], "0 to 10"),
+                ("UYVY", "rgb24", ["--matrix", "extra-8"], "RGB sources only"),
+                ("UYVY", "rgb24", ["--matrix", "10"], "RGB sources only")):
+            res = run("convert", "--from", src, "--to", dst, "--size", "4x2", "--in", inp,
+                      "--out", self.path("out.raw"), *extra)
+            err = res.stderr.decode()
+            self.assertEqual(res.returncode, 2, (src, dst, extra, err))
+            self.assertEqual(len(err.splitlines()), 1, err)
+            self.assertIn(said, err, (src, dst, extra))
+            self.assertEqual(os.listdir(self.dir), ["in.rgb"])
+
 
 class Preview(ToolCase):
     """cycbcr preview: PNG files read back with zlib alone."""
@@ -717,10 +863,12 @@ class Preview(ToolCase):
             ["preview", *good, "--bottom-up", *out],
             ["preview", "--from", "rgb24", "--size", "4x2", "--in", rgb, "--matrix", "709", *out],
             ["preview", "--from", "rgb24", "--size", "4x2", "--in", rgb, "--rgb-type", "4", *out],
-            ["preview", "--from", "rgb24", "--size", "4x2", *out],  # no built-in RGB frame
             ["preview", "--from", "UYVY", "--frame", "1", *out],  # the bars are one frame
             ["preview", "--from", "UYVY", "--size", "5x2", "--in", inp, *out],  # wrong size
-            ["preview", "--from", "rgb48", "--size", "4x2", "--in", rgb, *out],
+            ["preview", "--from", "rgb48", "--size", "4x2", "--in", rgb, *out],  # short
+            ["preview", "--from", "rgb48", "--size", "2x2", "--in", rgb, "--rgb-type", "argb",
+             *out],  # rgb48 has no alpha
+            ["preview", "--from", "rgb96", "--size", "4x2", "--in", rgb, *out],
             ["preview", "--from", "422P", "--size", "4x2", "--in", self.path("missing"), *out],
             ["preview", *good, "--level", "7", *out],
             ["preview", *good, "--bogus", *out],
@@ -836,10 +984,7 @@ class Refusals(ToolCase):
                           ("UYVY", ["--matrix", "709"]), ("UYVY", ["--rgb-type", "rgba"]),
                           ("UYVY", ["--bottom-up"])):
             self.refuse(*self.convert_args(**{"--to": to}), *extra)
-        # RGB sources: convert reads YCbCr only.
-        rgb = self.write("rgb.raw", bytes(4 * 2 * 3))
-        self.assertIn("not supported", self.refuse(*self.convert_args(
-            **{"--from": "rgb24", "--to": "UYVY", "--in": rgb})))
+        # RGB to RGB is never converted.
         self.assertIn("not supported", self.refuse(*self.convert_args(
             **{"--from": "0", "--to": "rgb24"})))
         # Frames too large for the converters' 32-bit byte counts.
