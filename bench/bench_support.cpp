@@ -56,6 +56,8 @@ size_t largest_frame(const FrameSize& size) {
         bytes = std::max({bytes, frame_bytes(r.from, size), frame_bytes(r.to, size)});
     for (const cycbcr::RgbConverterRow& r : cycbcr::kRgbConverterRows)
         bytes = std::max({bytes, frame_bytes(r.from, size), frame_bytes(r.to, size)});
+    for (const cycbcr::FromRgbConverterRow& r : cycbcr::kFromRgbConverterRows)
+        bytes = std::max({bytes, frame_bytes(r.from, size), frame_bytes(r.to, size)});
     return bytes;
 }
 

@@ -103,6 +103,10 @@ extern "C" CYCBCR_API unsigned int cycbcr_converter_buffer_sizes(
                 e = fromrgb::from_rgb_extent(r.from, r.to, c, matrix, rgbType);
                 known = true;
             }
+        if (!known) {
+            const Extent other = fromrgb::other_extent(name, c, rgbType, &known);
+            if (known) e = other;
+        }
         if (!known && std::strcmp(name, "cycbcr_RGB64_to_uyvy") == 0) {
             // 48 or 64 bits a pixel by its ninth argument: the wider of both.
             e = widest(

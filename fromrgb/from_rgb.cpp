@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 #include "frame/entry.h"
 #include "frame/export.h"
@@ -583,6 +584,27 @@ Extent from_rgb_extent(Format from, Format to, const Call& c, QBYCBCRMatrix matr
         e = widest(e, ipp_extent(c, rgbType));
     if (to == Format::CYUV) e.dst = widest(e.dst, inverted_end(0, c.height, c.dstPitch));
     return e;
+}
+
+Extent other_extent(const char* name, const Call& c, QBYCBCRRgbType rgbType, bool* known) {
+    const uint64_t w = c.width, h = c.height;
+    *known = true;
+    if (std::strcmp(name, "cycbcr_RGB32F_to_uyvy") == 0) {
+        if (w < 2 || h == 0) return {};
+        // Rows srcPitch / 4 floats apart; the channels by the order, or floats
+        // 0 to 2 for unknown orders (float 3 read by orders 1 and 3).
+        const uint32_t order = rgbType & ~kBottomUp;
+        const uint64_t reach = order == 1 || order == 3 ? 16 : 12;
+        const uint64_t pairs = w / 2;
+        return {rows_end(0, h, c.srcPitch / 4 * 4, (2 * pairs - 1) * 16 + reach),
+                rows_end(0, h, c.dstPitch, 4 * pairs)};
+    }
+    if (std::strcmp(name, "cycbcr_RGB32_to_uyvy_Alpha") == 0) {
+        if (w == 0 || h == 0) return {};
+        return {rows_end(0, h, c.srcPitch, 4 * w), w * h};
+    }
+    *known = false;
+    return {};
 }
 
 }  // namespace cycbcr::fromrgb

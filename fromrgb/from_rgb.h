@@ -94,4 +94,8 @@ Q14Groups avx2_q14_groups(bool planar, Format packedShape);
 Extent from_rgb_extent(Format from, Format to, const Call& c, QBYCBCRMatrix matrix,
                        QBYCBCRRgbType rgbType, uint32_t bitsPerPixel = 0);
 
+// The same for the family's converters outside the list: the float converter
+// and the alpha extractor (`known` says whether `name` is one of them).
+Extent other_extent(const char* name, const Call& c, QBYCBCRRgbType rgbType, bool* known);
+
 }  // namespace cycbcr::fromrgb

@@ -15,8 +15,8 @@
 // (row 9's luma); every RGB value of every row is checked against the plain
 // rows in the tests. The engine's rounding steps
 // become biases added before the division: Y + 499,999 (+1 when the remainder
-// exceeds 500,000); Cb of a sum s >= 0 + 549,999, of s < 0 |s| + 749,999 with
-// the sign restored; Cr +-499,999 likewise.
+// exceeds 500,000); Cb the quotient toward zero of s + 549,999 (s >= 0) or
+// s - 749,999 (s < 0); Cr of s +- 499,999.
 #include <immintrin.h>
 
 #include <bit>
@@ -164,19 +164,23 @@ CYCBCR_INLINE __m256i per_million(__m256i x) {
     const __m256 f = _mm256_cvtepi32_ps(_mm256_srli_epi32(x, 6));
     return _mm256_cvttps_epi32(_mm256_mul_ps(f, _mm256_set1_ps(kPer15625)));
 }
-// A chroma sum divided as the engine does, before the 128: biases `up` for
-// sums >= 0 and `down` for negative ones.
-CYCBCR_INLINE __m256i chroma_quotient(__m256i s, __m256i up, __m256i down) {
+// A chroma sum divided as the engine does, before the 128: the quotient toward
+// zero of s + up (s >= 0) or s - down (s < 0), which is the truncated quotient
+// stepped away from zero past the thresholds. For negative sums the shift by 6
+// rounds toward zero too (63 added first), and the float step truncates.
+CYCBCR_INLINE __m256i chroma_quotient(__m256i s, __m256i up, __m256i negExtra) {
     const __m256i neg = _mm256_srai_epi32(s, 31);
-    const __m256i bias = _mm256_blendv_epi8(up, down, neg);
-    const __m256i q = per_million(_mm256_add_epi32(_mm256_abs_epi32(s), bias));
-    return _mm256_sub_epi32(_mm256_xor_si256(q, neg), neg);
+    const __m256i x = _mm256_add_epi32(_mm256_add_epi32(s, up), _mm256_and_si256(neg, negExtra));
+    const __m256 f = _mm256_cvtepi32_ps(_mm256_srai_epi32(x, 6));
+    return _mm256_cvttps_epi32(_mm256_mul_ps(f, _mm256_set1_ps(kPer15625)));
 }
 
 struct ExactConsts {
     Split y, cb, cr;
     __m256i yBias, yOffset;  // Y offset as 16-bit words
-    __m256i cbUp, cbDown, crBias, c128;
+    // Biases of the chroma sums: `up` for every sum, plus `negExtra` for the
+    // negative ones (-down - up, and 63 for the shift).
+    __m256i cbUp, cbNeg, crUp, crNeg, c128;
 };
 ExactConsts exact_consts(const FromRgbRow& k, bool planar) {
     return {split(k.rToY, k.gToY, k.bToY), split(k.rToCb, k.gToCb, k.bToCb),
@@ -184,8 +188,12 @@ ExactConsts exact_consts(const FromRgbRow& k, bool planar) {
             // The planar layout's odd pixel has no rounding step.
             planar ? _mm256_set_epi32(0, 499999, 0, 499999, 0, 499999, 0, 499999)
                    : _mm256_set1_epi32(499999),
-            _mm256_set1_epi16(static_cast<int16_t>(k.yOffset)), _mm256_set1_epi32(549999),
-            _mm256_set1_epi32(749999), _mm256_set1_epi32(499999), _mm256_set1_epi16(128)};
+            _mm256_set1_epi16(static_cast<int16_t>(k.yOffset)),
+            _mm256_set1_epi32(549999),
+            _mm256_set1_epi32(-749999 - 549999 + 63),
+            _mm256_set1_epi32(499999),
+            _mm256_set1_epi32(-499999 - 499999 + 63),
+            _mm256_set1_epi16(128)};
 }
 
 template <bool Planar, uint32_t Bytes, Format Shape>
@@ -213,8 +221,8 @@ void exact_row_avx2(const RowArgs& a, const FromRgbRow& k, PixelLayout l, ExactR
             }
         }
         const Words e = evens(w0, w1);
-        const __m256i cbq = chroma_quotient(exact_sum(e, c.cb), c.cbUp, c.cbDown);
-        const __m256i crq = chroma_quotient(exact_sum(e, c.cr), c.crBias, c.crBias);
+        const __m256i cbq = chroma_quotient(exact_sum(e, c.cb), c.cbUp, c.cbNeg);
+        const __m256i crq = chroma_quotient(exact_sum(e, c.cr), c.crUp, c.crNeg);
         const __m256i cw = _mm256_add_epi16(_mm256_packs_epi32(cbq, crq), c.c128);
         const __m256i all = combine(yw, _mm256_packus_epi16(cw, cw));
         if constexpr (Planar)

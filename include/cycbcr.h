@@ -196,9 +196,12 @@ CYCBCR_API unsigned int cycbcr_buffer_sizes(unsigned int dstFourCC, unsigned int
 
 /* The same for any converter by its exported name (every converter with the
  * converter arguments, with or without matrix and rgbType, _avx2 forms
- * included), for exactly this call: matrix and rgbType matter only to the
- * converters to and from RGB, and cycbcr_buffer_sizes() answers for the widest
- * of them. Returns 1, or 0 (both sizes 0) for a name it does not know. */
+ * included; also cycbcr_RGB64_to_uyvy, answered for the wider of 48 and 64
+ * bits, cycbcr_RGB32F_to_uyvy and cycbcr_RGB32_to_uyvy_Alpha), for exactly
+ * this call: matrix and rgbType matter only to the converters to and from RGB,
+ * and cycbcr_buffer_sizes() answers for the widest of them. A source the
+ * converter writes (cycbcr_RGB32_to_uyvy swapping R and B in place) counts in
+ * srcBytes. Returns 1, or 0 (both sizes 0) for a name it does not know. */
 CYCBCR_API unsigned int cycbcr_converter_buffer_sizes(const char* name, unsigned int width,
                                                       unsigned int height, unsigned int dstPitch,
                                                       unsigned int srcPitch, QBYCBCRMatrix matrix,
