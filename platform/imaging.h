@@ -62,6 +62,18 @@ IppStatus ippiYCbCr420ToBGR_709HDTV_8u_P3C4R(const Ipp8u* pSrc[3], int srcStep[3
 IppStatus ippiYCbCr420ToBGR_709CSC_8u_P3C3R(const Ipp8u* pSrc[3], int srcStep[3], Ipp8u* pDst,
                                             int dstStep, IppiSize roiSize);
 
+// Colour, RGB to YCbCr: B, G, R, A pixels (alpha ignored) to UYVY. Each
+// result is the sum of round(c * 65536) * channel plus its offset << 16; luma
+// rounds it, (sum + 32768) >> 16, and the chroma of a pair rounds the two
+// pixels' sums together, (sum0 + sum1 + 65536) >> 17. BT.601 gives studio-range
+// YCbCr clamped to 0..255; 709HDTV takes studio RGB (no luma offset) and clamps
+// every sample to 1..254. width >= 2, height >= 1; an odd last column is
+// neither read nor written.
+IppStatus ippiBGRToCbYCr422_8u_AC4C2R(const Ipp8u* pSrc, int srcStep, Ipp8u* pDst, int dstStep,
+                                      IppiSize roiSize);
+IppStatus ippiBGRToCbYCr422_709HDTV_8u_AC4C2R(const Ipp8u* pSrc, int srcStep, Ipp8u* pDst,
+                                              int dstStep, IppiSize roiSize);
+
 // In place: new channel i = old channel order[i], every channel of a pixel read
 // before any is written; an order entry outside the channels gives
 // ippStsChannelOrderErr.

@@ -1,6 +1,9 @@
-// The imaging library's YCbCr to RGB converters and channel swaps. The plain
-// row code here defines the bytes; the AVX2 kernels (imaging_colour_avx2.cpp)
-// reproduce them and hand their row tails back to it.
+// The imaging library's YCbCr to RGB converters, its RGB to UYVY converters and
+// channel swaps. The plain row code here defines the bytes (RGB to UYVY runs
+// an SSE2 form of it, which gives the same); the AVX2 kernels
+// (imaging_colour_avx2.cpp) reproduce them and hand their row tails back to it.
+#include <emmintrin.h>
+
 #include <cstddef>
 #include <cstdint>
 
@@ -83,6 +86,108 @@ void imaging_planar_rows(const Ipp8u* y0, const Ipp8u* y1, const Ipp8u* cb, cons
     }
 }
 
+namespace {
+
+// One pixel's Q16 sum for a set of weights, with its offset (unrounded).
+CYCBCR_INLINE int32_t weighted(const ipp::Weights& w, const Ipp8u* px, int32_t offset) {
+    return w.b * px[0] + w.g * px[1] + w.r * px[2] + (offset << 16);
+}
+
+template <Matrix M>
+CYCBCR_INLINE Ipp8u clamped(int32_t v) {
+    constexpr ipp::ForwardCoefficients k = ipp::forward_coefficients(M);
+    return static_cast<Ipp8u>(v < k.low ? k.low : v > k.high ? k.high : v);
+}
+
+// The rules, a pair at a time: these define the bytes.
+template <Matrix M>
+void uyvy_from_bgra_pairs(const Ipp8u* src, Ipp8u* dst, size_t pairs) {
+    constexpr ipp::ForwardCoefficients k = ipp::forward_coefficients(M);
+    for (size_t i = 0; i < pairs; ++i, src += 8, dst += 4) {
+        const Ipp8u* p0 = src;
+        const Ipp8u* p1 = src + 4;
+        const int32_t cb = weighted(k.cb, p0, 128) + weighted(k.cb, p1, 128);
+        const int32_t cr = weighted(k.cr, p0, 128) + weighted(k.cr, p1, 128);
+        dst[0] = clamped<M>((cb + 65536) >> 17);
+        dst[1] = clamped<M>((weighted(k.y, p0, k.yOffset) + 32768) >> 16);
+        dst[2] = clamped<M>((cr + 65536) >> 17);
+        dst[3] = clamped<M>((weighted(k.y, p1, k.yOffset) + 32768) >> 16);
+    }
+}
+
+// The same sums in SSE2, four pixels a vector, worked as the AVX2 kernel works
+// them (imaging_colour_avx2.cpp says how), so that the levels without AVX2
+// convert at a vector's pace too; the last few pairs of a row take the code
+// above.
+using X = __m128i;
+
+template <ipp::WordWeights W>
+CYCBCR_INLINE X exact_madd(X words) {
+    static_assert(W.valid());
+    constexpr int32_t even = W.operand(0), odd = W.operand(1);
+    X sum = _mm_madd_epi16(words, _mm_setr_epi32(even, odd, even, odd));
+    if constexpr (W.wide(0) || W.wide(2)) {
+        X low = _mm_slli_epi32(words, 16);
+        if constexpr (!(W.wide(0) && W.wide(2))) {
+            constexpr int32_t e = W.wide(0) ? -1 : 0, o = W.wide(2) ? -1 : 0;
+            low = _mm_and_si128(low, _mm_setr_epi32(e, o, e, o));
+        }
+        sum = _mm_add_epi32(sum, low);
+    }
+    if constexpr (W.wide(1) || W.wide(3)) {
+        constexpr int32_t e = W.wide(1) ? -65536 : 0, o = W.wide(3) ? -65536 : 0;
+        sum = _mm_add_epi32(sum, _mm_and_si128(words, _mm_setr_epi32(e, o, e, o)));
+    }
+    return sum;
+}
+
+// Four pixels' luma and their two pairs' Cb, Cr (Cb, Cr, Cb, Cr), rounded and
+// shifted down, not yet clamped.
+template <Matrix M>
+CYCBCR_INLINE void uyvy_samples(X x, X& luma, X& chroma) {
+    constexpr ipp::ForwardCoefficients k = ipp::forward_coefficients(M);
+    const X br = _mm_and_si128(x, _mm_set1_epi32(0x00FF00FF));
+    const X ga = _mm_srli_epi16(x, 8);
+    const X y = _mm_add_epi32(exact_madd<ipp::WordWeights{{k.y.b, k.y.r, k.y.b, k.y.r}}>(br),
+                              exact_madd<ipp::WordWeights{{k.y.g, 0, k.y.g, 0}}>(ga));
+    luma = _mm_srai_epi32(_mm_add_epi32(y, _mm_set1_epi32((k.yOffset << 16) + 32768)), 16);
+    const X pairBr = _mm_add_epi32(br, _mm_shuffle_epi32(br, 0xB1));
+    const X pairGa = _mm_add_epi32(ga, _mm_shuffle_epi32(ga, 0xB1));
+    const X c =
+        _mm_add_epi32(exact_madd<ipp::WordWeights{{k.cb.b, k.cb.r, k.cr.b, k.cr.r}}>(pairBr),
+                      exact_madd<ipp::WordWeights{{k.cb.g, 0, k.cr.g, 0}}>(pairGa));
+    chroma = _mm_srai_epi32(_mm_add_epi32(c, _mm_set1_epi32((256 << 16) + 65536)), 17);
+}
+
+}  // namespace
+
+template <Matrix M>
+void imaging_uyvy_from_bgra_row(const Ipp8u* src, Ipp8u* dst, size_t pairs) {
+    constexpr ipp::ForwardCoefficients k = ipp::forward_coefficients(M);
+    size_t i = 0;
+    auto load = [&](size_t at) { return _mm_loadu_si128(reinterpret_cast<const X*>(src + at)); };
+    auto clamp = [&](X v) {
+        if constexpr (k.low > 0) v = _mm_max_epu8(v, _mm_set1_epi8(static_cast<char>(k.low)));
+        if constexpr (k.high < 255) v = _mm_min_epu8(v, _mm_set1_epi8(static_cast<char>(k.high)));
+        return v;
+    };
+    for (; i + 8 <= pairs; i += 8) {
+        X y[4], c[4];
+        for (int v = 0; v < 4; ++v) uyvy_samples<M>(load(8 * i + 16 * v), y[v], c[v]);
+        // 16 chroma bytes (Cb, Cr of pairs 0-7) and 16 luma bytes, interleaved.
+        const X chroma =
+            clamp(_mm_packus_epi16(_mm_packs_epi32(c[0], c[1]), _mm_packs_epi32(c[2], c[3])));
+        const X luma =
+            clamp(_mm_packus_epi16(_mm_packs_epi32(y[0], y[1]), _mm_packs_epi32(y[2], y[3])));
+        _mm_storeu_si128(reinterpret_cast<X*>(dst + 4 * i), _mm_unpacklo_epi8(chroma, luma));
+        _mm_storeu_si128(reinterpret_cast<X*>(dst + 4 * i + 16), _mm_unpackhi_epi8(chroma, luma));
+    }
+    uyvy_from_bgra_pairs<M>(src + 8 * i, dst + 4 * i, pairs - i);
+}
+
+template void imaging_uyvy_from_bgra_row<Matrix::Bt601>(const Ipp8u*, Ipp8u*, size_t);
+template void imaging_uyvy_from_bgra_row<Matrix::Bt709Hdtv>(const Ipp8u*, Ipp8u*, size_t);
+
 // The combinations the library exports.
 template void imaging_packed_row<Matrix::Bt601, Format::UYVY, Pixel::BGRA>(const Ipp8u*, Ipp8u*,
                                                                            size_t, Ipp8u);
@@ -138,6 +243,20 @@ IppStatus packed_to_rgb(const Ipp8u* src, int srcStep, Ipp8u* dst, int dstStep, 
     const Rows s = rows_of(src, srcStep), d = rows_of(dst, dstStep);
     walk(all_rows(static_cast<uint32_t>(roi.height)),
          [&](uint32_t r) { row(s.at(r), d.at(r), pairs, alpha); });
+    return ippStsNoErr;
+}
+
+template <Matrix M>
+IppStatus bgra_to_uyvy(const Ipp8u* src, int srcStep, Ipp8u* dst, int dstStep, IppiSize roi) {
+    const void* const ptrs[] = {src, dst};
+    if (IppStatus s = check(ptrs, roi, 2, 1, {srcStep, dstStep})) return s;
+    PackedFromRgbRow row = plain::imaging_uyvy_from_bgra_row<M>;
+    if (entry(OnEntry::ReadLevel).avx2)
+        if (PackedFromRgbRow fast = avx2::imaging_uyvy_from_bgra_kernel(M)) row = fast;
+    const size_t pairs = static_cast<size_t>(roi.width) / 2;
+    const Rows s = rows_of(src, srcStep), d = rows_of(dst, dstStep);
+    walk(all_rows(static_cast<uint32_t>(roi.height)),
+         [&](uint32_t r) { row(s.at(r), d.at(r), pairs); });
     return ippStsNoErr;
 }
 
@@ -203,6 +322,16 @@ IppStatus ippiYCbCr420ToBGR_709HDTV_8u_P3C4R(const Ipp8u* pSrc[3], int srcStep[3
 IppStatus ippiYCbCr420ToBGR_709CSC_8u_P3C3R(const Ipp8u* pSrc[3], int srcStep[3], Ipp8u* pDst,
                                             int dstStep, IppiSize roiSize) {
     return planar_to_rgb<Matrix::Bt709Csc, Pixel::BGR>(pSrc, srcStep, pDst, dstStep, roiSize, 0);
+}
+
+IppStatus ippiBGRToCbYCr422_8u_AC4C2R(const Ipp8u* pSrc, int srcStep, Ipp8u* pDst, int dstStep,
+                                      IppiSize roiSize) {
+    return bgra_to_uyvy<Matrix::Bt601>(pSrc, srcStep, pDst, dstStep, roiSize);
+}
+
+IppStatus ippiBGRToCbYCr422_709HDTV_8u_AC4C2R(const Ipp8u* pSrc, int srcStep, Ipp8u* pDst,
+                                              int dstStep, IppiSize roiSize) {
+    return bgra_to_uyvy<Matrix::Bt709Hdtv>(pSrc, srcStep, pDst, dstStep, roiSize);
 }
 
 IppStatus ippiSwapChannels_8u_C3IR(Ipp8u* pSrcDst, int srcDstStep, IppiSize roiSize,

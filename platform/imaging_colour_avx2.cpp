@@ -28,6 +28,7 @@ using ipp::Coefficients;
 using ipp::Ipp8u;
 using ipp::Matrix;
 using ipp::PackedColourRow;
+using ipp::PackedFromRgbRow;
 using ipp::Pixel;
 using ipp::PlanarColourRows;
 
@@ -356,7 +357,93 @@ void planar_rgb24(const Ipp8u* y0, const Ipp8u* y1, const Ipp8u* cb, const Ipp8u
                                      d0 + 6 * done, d1 + 6 * done, pairs - done, alpha);
 }
 
+// ---- B, G, R, A to UYVY ----
+//
+// Eight pixels to a vector, a 32-bit lane a pixel: x & 0x00FF00FF holds the
+// words (B, R) and x >> 8 (16-bit lanes) the words (G, A), which madd weighs
+// into the exact Q16 luma sums. For chroma each lane first adds its pair
+// neighbour (the lanes swapped within 64 bits), so both lanes of a pair hold
+// (B0 + B1, R0 + R1) and (G0 + G1, A0 + A1); one madd then leaves Cb's pair
+// sum in the even lane and Cr's in the odd one, which is the UYVY order.
+// Alpha only ever meets a weight of 0 or is shifted out.
+
+// madd with weights up to 98303, each wide weight's 65536 * s added back (the
+// low word shifted, or the high word masked, into the top half of its lane).
+template <ipp::WordWeights W>
+CYCBCR_INLINE V exact_madd(V words) {
+    static_assert(W.valid());
+    constexpr auto wide = [](int i) { return W.wide(i); };  // the weight doesn't fit madd
+    constexpr int32_t even = W.operand(0), odd = W.operand(1);
+    V sum = _mm256_madd_epi16(words, _mm256_setr_epi32(even, odd, even, odd, even, odd, even, odd));
+    constexpr bool fixEven = wide(0) || wide(1), fixOdd = wide(2) || wide(3);
+    if constexpr (fixEven || fixOdd) {
+        static_assert(!(wide(0) && wide(1)) && !(wide(2) && wide(3)));
+        // Each lane's 65536 * s: the low word shifted up, or the high word kept.
+        V fix;
+        if constexpr (!wide(1) && !wide(3))
+            fix = _mm256_slli_epi32(words, 16);
+        else if constexpr (!wide(0) && !wide(2))
+            fix = words;
+        else
+            fix = _mm256_blend_epi32(_mm256_slli_epi32(words, 16), words, wide(3) ? 0xAA : 0x55);
+        if constexpr (!(wide(0) && wide(2))) {
+            constexpr int32_t e = fixEven ? -65536 : 0, o = fixOdd ? -65536 : 0;
+            fix = _mm256_and_si256(fix, _mm256_setr_epi32(e, o, e, o, e, o, e, o));
+        }
+        sum = _mm256_add_epi32(sum, fix);
+    }
+    return sum;
+}
+
+// Eight pixels' luma, and their four pairs' Cb, Cr, each rounded and shifted
+// down but not yet clamped: 32-bit lanes in pixel order.
+template <Matrix M>
+CYCBCR_INLINE void uyvy_samples(V x, V& luma, V& chroma) {
+    constexpr ipp::ForwardCoefficients k = ipp::forward_coefficients(M);
+    const V br = _mm256_and_si256(x, _mm256_set1_epi32(0x00FF00FF));
+    const V ga = _mm256_srli_epi16(x, 8);
+    const V y = _mm256_add_epi32(exact_madd<ipp::WordWeights{{k.y.b, k.y.r, k.y.b, k.y.r}}>(br),
+                                 exact_madd<ipp::WordWeights{{k.y.g, 0, k.y.g, 0}}>(ga));
+    luma = _mm256_srai_epi32(_mm256_add_epi32(y, _mm256_set1_epi32((k.yOffset << 16) + 32768)), 16);
+    const V pairBr = _mm256_add_epi32(br, _mm256_shuffle_epi32(br, 0xB1));
+    const V pairGa = _mm256_add_epi32(ga, _mm256_shuffle_epi32(ga, 0xB1));
+    const V c =
+        _mm256_add_epi32(exact_madd<ipp::WordWeights{{k.cb.b, k.cb.r, k.cr.b, k.cr.r}}>(pairBr),
+                         exact_madd<ipp::WordWeights{{k.cb.g, 0, k.cr.g, 0}}>(pairGa));
+    // Two pixels' offsets of 128 << 16, and the rounding of the pair.
+    chroma = _mm256_srai_epi32(_mm256_add_epi32(c, _mm256_set1_epi32((256 << 16) + 65536)), 17);
+}
+
+template <Matrix M>
+void uyvy_from_bgra(const Ipp8u* src, Ipp8u* dst, size_t pairs) {
+    constexpr ipp::ForwardCoefficients k = ipp::forward_coefficients(M);
+    // From chroma 0-3, luma 0-3, chroma 8-11, luma 8-11 (and 4-7, 12-15 in the
+    // high half) to chroma, luma interleaved.
+    const V interleave = _mm256_setr_epi8(0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15,  //
+                                          0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15);
+    size_t i = 0;
+    for (; i + 8 <= pairs; i += 8) {
+        V y0, c0, y1, c1;
+        uyvy_samples<M>(load32(src + 8 * i), y0, c0);
+        uyvy_samples<M>(load32(src + 8 * i + 32), y1, c1);
+        V out = _mm256_packus_epi16(_mm256_packs_epi32(c0, y0), _mm256_packs_epi32(c1, y1));
+        out = _mm256_permute4x64_epi64(_mm256_shuffle_epi8(out, interleave), 0xD8);
+        if constexpr (k.low > 0)
+            out = _mm256_max_epu8(out, _mm256_set1_epi8(static_cast<char>(k.low)));
+        if constexpr (k.high < 255)
+            out = _mm256_min_epu8(out, _mm256_set1_epi8(static_cast<char>(k.high)));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst + 4 * i), out);
+    }
+    plain::imaging_uyvy_from_bgra_row<M>(src + 8 * i, dst + 4 * i, pairs - i);
+}
+
 }  // namespace
+
+PackedFromRgbRow imaging_uyvy_from_bgra_kernel(Matrix m) {
+    if (m == Matrix::Bt601) return uyvy_from_bgra<Matrix::Bt601>;
+    if (m == Matrix::Bt709Hdtv) return uyvy_from_bgra<Matrix::Bt709Hdtv>;
+    return nullptr;
+}
 
 // The combinations the library exports (the plain file instantiates the same).
 PackedColourRow imaging_packed_kernel(Matrix m, Format shape, Pixel p) {

@@ -3,7 +3,8 @@
 // small and odd sizes with padded steps, each plane and the destination between
 // guard pages ending at the last byte the call may touch, at the plain level and
 // at the AVX2 level; hand-worked values; status codes, their order and untouched
-// buffers on every refusal; the channel swaps.
+// buffers on every refusal; the channel swaps. Then B, G, R, A to UYVY in
+// the same ways: a model, hand-worked pairs and the refusals.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -485,6 +486,259 @@ TEST(ImagingColour, OddPlanarSizesWarnAndLeaveTheEdge) {
                                               e, e, e, e, e, e, e, e, e, e, e, e}))
             << roi.width << "x" << roi.height;
     }
+}
+
+// ---- B, G, R, A to UYVY ----
+
+// A matrix as its decimal weights, in the pixel's byte order B, G, R.
+struct Forward {
+    double y[3], cb[3], cr[3];
+    int yOffset, low, high;
+};
+const Forward kToBt601{
+    {0.098, 0.504, 0.257}, {0.439, -0.291, -0.148}, {-0.071, -0.368, 0.439}, 16, 0, 255};
+const Forward kToHdtv709{
+    {0.072, 0.715, 0.213}, {0.511, -0.394, -0.117}, {-0.047, -0.464, 0.511}, 0, 1, 254};
+
+using ToUyvyCall = IppStatus (*)(const Ipp8u*, int, Ipp8u*, int, IppiSize);
+struct ToUyvy {
+    const char* name;
+    const Forward* matrix;
+    ToUyvyCall call;
+};
+const ToUyvy kToUyvy[] = {
+    {"BGRToCbYCr422_8u_AC4C2R", &kToBt601, ippiBGRToCbYCr422_8u_AC4C2R},
+    {"BGRToCbYCr422_709HDTV_8u_AC4C2R", &kToHdtv709, ippiBGRToCbYCr422_709HDTV_8u_AC4C2R},
+};
+
+// One pixel's unrounded Q16 sum, offset included.
+int64_t forward_sum(const double (&w)[3], const uint8_t* px, int offset) {
+    return q16(w[0]) * px[0] + q16(w[1]) * px[1] + q16(w[2]) * px[2] + (int64_t{offset} << 16);
+}
+
+// The UYVY frame the rules give: the pairs of each row written, anything else
+// (an odd last column, step padding) left as `dst` had it.
+Bytes model_uyvy(const Forward& m, const Bytes& src, int srcStep, Bytes dst, int dstStep,
+                 IppiSize roi) {
+    auto clamp = [&](int64_t v) {
+        return static_cast<uint8_t>(std::clamp<int64_t>(v, m.low, m.high));
+    };
+    for (int r = 0; r < roi.height; ++r)
+        for (int i = 0; i < roi.width / 2; ++i) {
+            const uint8_t* p0 = &src[static_cast<size_t>(r) * srcStep + 8 * i];
+            const uint8_t* p1 = p0 + 4;
+            uint8_t* d = &dst[static_cast<size_t>(r) * dstStep + 4 * i];
+            d[0] = clamp((forward_sum(m.cb, p0, 128) + forward_sum(m.cb, p1, 128) + 65536) >> 17);
+            d[1] = clamp((forward_sum(m.y, p0, m.yOffset) + 32768) >> 16);
+            d[2] = clamp((forward_sum(m.cr, p0, 128) + forward_sum(m.cr, p1, 128) + 65536) >> 17);
+            d[3] = clamp((forward_sum(m.y, p1, m.yOffset) + 32768) >> 16);
+        }
+    return dst;
+}
+
+// Random frames with padded steps, the source and destination each ending at
+// the last byte the call may reach (an odd last column lies beyond it in the
+// bottom row). Half the frames take their bytes from 0, 1, 254, 255 and one
+// random value, to reach the clamps. Each frame runs twice, the second time
+// with every alpha byte changed, and must give the model's bytes both times.
+void expect_uyvy_model(const ToUyvy& fn, int width, int height, uint32_t seed) {
+    std::mt19937 rng(seed);
+    const int srcStep = 4 * width + static_cast<int>(rng() % 9);
+    const int dstStep = 2 * width + static_cast<int>(rng() % 9);
+    Bytes src = cycbcr_test::random_bytes(static_cast<size_t>(srcStep) * height, rng());
+    if (seed % 2) {
+        const uint8_t pick[] = {0, 1, 254, 255, static_cast<uint8_t>(rng())};
+        for (uint8_t& b : src) b = pick[rng() % 5];
+    }
+    const Bytes start = cycbcr_test::random_bytes(static_cast<size_t>(dstStep) * height, rng());
+    const IppiSize roi{width, height};
+    const Bytes want = model_uyvy(*fn.matrix, src, srcStep, start, dstStep, roi);
+    const size_t pairs = static_cast<size_t>(width / 2);
+    const size_t srcReach = static_cast<size_t>(height - 1) * srcStep + 8 * pairs;
+    const size_t dstReach = static_cast<size_t>(height - 1) * dstStep + 4 * pairs;
+    for (int pass = 0; pass < 2; ++pass) {
+        if (pass == 1)
+            for (int r = 0; r < height; ++r)
+                for (int x = 0; x < width; ++x) {
+                    uint8_t& a = src[static_cast<size_t>(r) * srcStep + 4 * x + 3];
+                    a = static_cast<uint8_t>(~a + x);
+                }
+        GuardedBuffer s(srcReach), d(dstReach);
+        std::copy_n(src.begin(), srcReach, s.data());
+        std::copy_n(start.begin(), dstReach, d.data());
+        EXPECT_EQ(fn.call(s.data(), srcStep, d.data(), dstStep, roi), ippStsNoErr);
+        Bytes got = start;
+        std::copy_n(d.data(), dstReach, got.begin());
+        EXPECT_TRUE(same_bytes(got, want)) << fn.name << " " << width << "x" << height << " pass "
+                                           << pass << " steps " << srcStep << ", " << dstStep;
+        EXPECT_TRUE(d.slack_intact() && s.slack_intact()) << fn.name;
+        EXPECT_TRUE(std::equal(src.begin(), src.begin() + srcReach, s.data())) << fn.name;
+    }
+}
+
+// Small widths, odd ones too, and widths around the vector kernels' 16 pixels.
+void expect_uyvy_model_everywhere(unsigned level) {
+    ASSERT_EQ(cycbcr_set_cpu(level), level);
+    uint32_t seed = 7000 + 1000 * level;
+    std::vector<int> widths;
+    for (int w = 2; w <= 40; ++w) widths.push_back(w);
+    for (int w : {47, 48, 49, 63, 64, 65, 66, 127, 128, 129, 1920, 1921}) widths.push_back(w);
+    for (const ToUyvy& fn : kToUyvy)
+        for (int w : widths)
+            for (int h = 1; h <= 3; ++h) expect_uyvy_model(fn, w, h, ++seed);
+}
+
+TEST(ImagingToUyvy, MatchesModelPlain) {
+    expect_uyvy_model_everywhere(0);
+}
+
+TEST(ImagingToUyvy, MatchesModelAvx2) {
+    CYCBCR_REQUIRE_AVX2();
+    EXPECT_NE(cycbcr::avx2::imaging_uyvy_from_bgra_kernel(cycbcr::ipp::Matrix::Bt601), nullptr);
+    EXPECT_NE(cycbcr::avx2::imaging_uyvy_from_bgra_kernel(cycbcr::ipp::Matrix::Bt709Hdtv), nullptr);
+    expect_uyvy_model_everywhere(5);
+}
+
+// 2^23 pixels of well-spread colours (an odd multiplier's top 24 bits), both
+// levels against the model: enough pairs to meet the sums that round on an exact
+// half, where an error of one in a Q16 sum shows.
+TEST(ImagingToUyvy, ManyColours) {
+    const int w = 4096, h = 2048;
+    Bytes src(static_cast<size_t>(w) * h * 4);
+    for (uint32_t n = 0; n < static_cast<uint32_t>(w) * h; ++n) {
+        const uint32_t colour = (n * 0x9E3779B1u) >> 8;
+        src[4 * n] = static_cast<uint8_t>(colour),
+                src[4 * n + 1] = static_cast<uint8_t>(colour >> 8);
+        src[4 * n + 2] = static_cast<uint8_t>(colour >> 16),
+                    src[4 * n + 3] = static_cast<uint8_t>(n);
+    }
+    for (const ToUyvy& fn : kToUyvy) {
+        const Bytes want =
+            model_uyvy(*fn.matrix, src, 4 * w, Bytes(2 * src.size() / 4), 2 * w, {w, h});
+        for (unsigned level : {0u, 5u}) {
+            if (level == 5 && !cycbcr_test::have_avx2()) continue;
+            cycbcr_set_cpu(level);
+            Bytes got(want.size());
+            ASSERT_EQ(fn.call(src.data(), 4 * w, got.data(), 2 * w, {w, h}), ippStsNoErr);
+            EXPECT_TRUE(same_bytes(got, want)) << fn.name << " level " << level;
+        }
+    }
+}
+
+// A pixel pair, as B, G, R, through a function to its Cb, Y0, Cr, Y1, worked
+// out by hand.
+struct WorkedPair {
+    const ToUyvy* fn;
+    std::array<uint8_t, 3> p0, p1;
+    std::array<uint8_t, 4> uyvy;
+};
+// 709HDTV white: Y (13959 + 46858 + 4719) * 255 = 255 << 16 -> 255, clamped to
+//   254; chroma weights sum to 0, so Cb = Cr = (2 * (128 << 16) + 65536) >> 17 =
+//   128. Black: Y 0 -> 1.
+// 709HDTV blue: Y (4719 * 255 + 32768) >> 16 = 18; one pixel's Cb sum is
+//   33489 * 255 + (128 << 16) = 16928303, the pair's (2 * 16928303 + 65536) >> 17
+//   = 258 -> 254; Cr sum -3080 * 255 + 8388608 = 7603208, pair 116.
+// 709HDTV yellow: Cb sum (-7668 - 25821) * 255 + 8388608 = -151087, pair
+//   (-302174 + 65536) >> 17 = -2 -> 1; Y ((46858 + 13959) * 255 + 32768) >> 16 =
+//   237; Cr sum (33489 - 30409) * 255 + 8388608 = 9174008, pair 140.
+// BT.601 blue: Y (6423 * 255 + (16 << 16) + 32768) >> 16 = 41; Cb sum
+//   28770 * 255 + 8388608 = 15724958, pair 240; Cr sum -4653 * 255 + 8388608 =
+//   7202093, pair 110.
+// BT.601 black then B 11: Cb sums 8388608 and 8705078, pair
+//   (17093686 + 65536) >> 17 = 130, where rounding each pixel first (128 and 133)
+//   would give 131 with halves up, as would averaging B first (6); Y 16 and
+//   (70653 + 1048576 + 32768) >> 16 = 17; Cr (8388608 + 8337425 + 65536) >> 17 =
+//   128.
+// BT.601 G 2 then black: Cb sums 8350466 and 8388608, pair 128, where pixel
+//   rounding (127 and 128) would give 127 with halves down; Y (66060 + 1081344)
+//   >> 16 = 17 and 16; Cr sum 8340374, pair 128.
+// Exact halves, which round up. 709HDTV B 76, R 255 then black: Cb sums
+//   33489 * 76 - 7668 * 255 + 8388608 = 8978432 and 8388608, pair
+//   (17367040 + 65536) >> 17 = 133 exactly; Y (4719 * 76 + 13959 * 255 + 32768)
+//   >> 16 = 60 and 0 -> 1; Cr (-3080 * 76 + 33489 * 255 + 16777216 + 65536) >>
+//   17 = 191.
+// BT.601 G 62, R 36 then G 9, R 169: Y (33030 * 62 + 16843 * 36 + (16 << 16) +
+//   32768) >> 16 = 3735552 >> 16 = 57 exactly, and 4225081 >> 16 = 64; Cb
+//   (-19071 * 71 - 9699 * 205 + 16777216 + 65536) >> 17 = 13500416 >> 17 = 103
+//   exactly; Cr (-24117 * 71 + 28770 * 205 + 16842752) >> 17 = 160.
+const WorkedPair kWorkedPairs[] = {
+    {&kToUyvy[1], {255, 255, 255}, {255, 255, 255}, {128, 254, 128, 254}},
+    {&kToUyvy[1], {0, 0, 0}, {0, 0, 0}, {128, 1, 128, 1}},
+    {&kToUyvy[1], {255, 0, 0}, {255, 0, 0}, {254, 18, 116, 18}},
+    {&kToUyvy[1], {0, 255, 255}, {0, 255, 255}, {1, 237, 140, 237}},
+    {&kToUyvy[0], {255, 0, 0}, {255, 0, 0}, {240, 41, 110, 41}},
+    {&kToUyvy[0], {0, 0, 0}, {11, 0, 0}, {130, 16, 128, 17}},
+    {&kToUyvy[0], {0, 2, 0}, {0, 0, 0}, {128, 17, 128, 16}},
+    {&kToUyvy[1], {76, 0, 255}, {0, 0, 0}, {133, 60, 191, 1}},
+    {&kToUyvy[0], {0, 62, 36}, {0, 9, 169}, {103, 57, 160, 64}},
+};
+
+// Each pair repeated along a row of 35 pixels (the AVX2 kernel's vectors and
+// its plain tail), the source ending at pixel 34 so that reading the odd last
+// column faults, and that column's destination bytes left alone.
+void expect_worked_pairs(unsigned level) {
+    cycbcr_set_cpu(level);
+    const int w = 35;
+    for (const WorkedPair& k : kWorkedPairs) {
+        GuardedBuffer src(4 * (w - 1));
+        for (int x = 0; x < w - 1; ++x) {
+            const auto& p = x % 2 ? k.p1 : k.p0;
+            std::copy(p.begin(), p.end(), src.data() + 4 * x);
+            src.data()[4 * x + 3] = static_cast<uint8_t>(x * 37);
+        }
+        Bytes out(2 * w, 0xEE);
+        ASSERT_EQ(k.fn->call(src.data(), 4 * w, out.data(), 2 * w, {w, 1}), ippStsNoErr);
+        for (int i = 0; i < w / 2; ++i)
+            ASSERT_TRUE(std::equal(k.uyvy.begin(), k.uyvy.end(), &out[4 * i]))
+                << k.fn->name << " pair " << i << ": " << int{out[4 * i]} << " "
+                << int{out[4 * i + 1]} << " " << int{out[4 * i + 2]} << " " << int{out[4 * i + 3]};
+        EXPECT_EQ(out[2 * w - 2], 0xEE);
+        EXPECT_EQ(out[2 * w - 1], 0xEE);
+    }
+}
+
+TEST(ImagingToUyvy, WorkedPairsPlain) {
+    expect_worked_pairs(0);
+}
+
+TEST(ImagingToUyvy, WorkedPairsAvx2) {
+    CYCBCR_REQUIRE_AVX2();
+    expect_worked_pairs(5);
+}
+
+// Pointers, then size, then steps; nothing written on any refusal.
+TEST(ImagingToUyvy, RefusalsInOrderAndWithoutWriting) {
+    cycbcr_set_cpu(0);
+    const Bytes src = cycbcr_test::random_bytes(64, 5), start = cycbcr_test::random_bytes(32, 6);
+    struct Case {
+        IppStatus want;
+        bool nullSrc, nullDst;
+        IppiSize roi;
+        int srcStep, dstStep;
+    };
+    const Case cases[] = {
+        {ippStsNullPtrErr, true, false, {0, 0}, 0, 0},  // the pointer comes first
+        {ippStsNullPtrErr, false, true, {1, 1}, -8, 0},
+        {ippStsSizeErr, false, false, {1, 2}, 0, 0},  // then the size
+        {ippStsSizeErr, false, false, {0, 2}, 16, 8},
+        {ippStsSizeErr, false, false, {4, 0}, 0, 8},
+        {ippStsSizeErr, false, false, {4, -1}, 16, 8},
+        {ippStsStepErr, false, false, {4, 2}, 0, 8},
+        {ippStsStepErr, false, false, {4, 2}, 16, 0},
+        {ippStsStepErr, false, false, {4, 2}, -16, 8},
+        {ippStsStepErr, false, false, {4, 2}, 16, -8},
+    };
+    for (const ToUyvy& fn : kToUyvy)
+        for (const Case& c : cases) {
+            Bytes s = src, d = start;
+            EXPECT_EQ(fn.call(c.nullSrc ? nullptr : s.data(), c.srcStep,
+                              c.nullDst ? nullptr : d.data(), c.dstStep, c.roi),
+                      c.want)
+                << fn.name << " " << c.roi.width << "x" << c.roi.height << " steps " << c.srcStep
+                << ", " << c.dstStep;
+            EXPECT_TRUE(same_bytes(d, start)) << fn.name;
+            EXPECT_TRUE(same_bytes(s, src)) << fn.name;
+        }
 }
 
 // ---- channel swaps ----
