@@ -60,17 +60,18 @@ uint32_t canonical(Fmt f) {
                   X(a, yuy2) X(a, uyvy) X(a, yvyu) X(a, cyuv)
 #define WEAK(f) extern "C" __attribute__((weak)) unsigned f
 #define DECLARE(a, b) WEAK(cycbcr_##a##_to_##b)(CONVERTER_ARGS);
-#define DECLARE_ROW(a) ROW(DECLARE, a) \
-    WEAK(cycbcr_##a##_to_rgb32)(RGB_ARGS); WEAK(cycbcr_RGB32_to_##a)(RGB_ARGS);
+#define DECLARE_ROW(a) ROW(DECLARE, a) WEAK(cycbcr_##a##_to_rgb32)(RGB_ARGS); \
+    extern "C" __attribute__((weak)) uint64_t cycbcr_RGB32_to_##a(RGB_ARGS);
 #define PAIR(a, b) cycbcr_##a##_to_##b,
 #define PAIR_ROW(a) ROW(PAIR, a)
 #define TO_RGB(a) cycbcr_##a##_to_rgb32,
 #define FROM_RGB(a) cycbcr_RGB32_to_##a,
 ALL_FORMATS(DECLARE_ROW)
 using RgbConverter = unsigned (*)(RGB_ARGS);
+using FromRgbConverter = uint64_t (*)(RGB_ARGS);  // a 64-bit count
 const Converter kPairs[RGB * RGB] = {ALL_FORMATS(PAIR_ROW)};
 const RgbConverter kToRgb[RGB] = {ALL_FORMATS(TO_RGB)};
-const RgbConverter kFromRgb[RGB] = {ALL_FORMATS(FROM_RGB)};
+const FromRgbConverter kFromRgb[RGB] = {ALL_FORMATS(FROM_RGB)};
 // clang-format on
 
 constexpr QBYCBCRMatrix kMatrix = 3;
@@ -107,7 +108,14 @@ int64_t call_direct(Fmt from, Fmt to, uint8_t* dst, const uint8_t* src, const Ge
         const Converter fn = kPairs[from * RGB + to];
         return fn ? int64_t{fn(dst, src, g.width, g.height, dp, sp)} : -1;
     }
-    const RgbConverter fn = from == RGB ? kFromRgb[to] : kToRgb[from];
+    if (from == RGB) {
+        // The dispatcher returns the count in 32 bits.
+        const FromRgbConverter fn = kFromRgb[to];
+        return fn ? int64_t{static_cast<unsigned>(
+                        fn(dst, src, g.width, g.height, dp, sp, kMatrix, kRgbType))}
+                  : -1;
+    }
+    const RgbConverter fn = kToRgb[from];
     return fn ? int64_t{fn(dst, src, g.width, g.height, dp, sp, kMatrix, kRgbType)} : -1;
 }
 
@@ -233,7 +241,13 @@ TEST(TranscodeRgb, SourcesReachTheirRgb32Converters) {
         EXPECT_EQ(cycbcr_pair_converter(0, code), nullptr) << std::hex << code;
         EXPECT_EQ(cycbcr_pair_converter(code, 0), nullptr) << std::hex << code;
         if (fn == nullptr) expect_refused(0, code, {36, 3, 0, 0});
-        expect_refused(code, 0, {36, 3, 0, 0});
+        // From RGB: the RGB32 converter of every 8-bit format; v210, RGB and
+        // "422P" (never a destination) refused in this build.
+        const bool none = fmt == RGB || fmt == V210 || code == k422P;
+        const FromRgbConverter back = none ? nullptr : kFromRgb[fmt];
+        EXPECT_NE(none, back != nullptr) << std::hex << code;
+        EXPECT_EQ(cycbcr_from_rgb_pair_converter(code), back) << std::hex << code;
+        if (back == nullptr) expect_refused(code, 0, {36, 3, 0, 0});
     }
     EXPECT_EQ(cycbcr_rgb_pair_converter(0, 0), nullptr);
     EXPECT_EQ(cycbcr_rgb_pair_converter(k422P, fourcc("UYVY")), nullptr);
