@@ -148,8 +148,11 @@ CYCBCR_INLINE void uyvy_samples(X x, X& luma, X& chroma) {
     constexpr ipp::ForwardCoefficients k = ipp::forward_coefficients(M);
     const X br = _mm_and_si128(x, _mm_set1_epi32(0x00FF00FF));
     const X ga = _mm_srli_epi16(x, 8);
-    const X y = _mm_add_epi32(exact_madd<ipp::WordWeights{{k.y.b, k.y.r, k.y.b, k.y.r}}>(br),
-                              exact_madd<ipp::WordWeights{{k.y.g, 0, k.y.g, 0}}>(ga));
+    // Luma's weight of G does not fit madd but is even: half of it weighs 2G.
+    static_assert(k.y.g % 2 == 0 && k.y.g / 2 <= 32767);
+    const X y = _mm_add_epi32(
+        exact_madd<ipp::WordWeights{{k.y.b, k.y.r, k.y.b, k.y.r}}>(br),
+        exact_madd<ipp::WordWeights{{k.y.g / 2, 0, k.y.g / 2, 0}}>(_mm_add_epi16(ga, ga)));
     luma = _mm_srai_epi32(_mm_add_epi32(y, _mm_set1_epi32((k.yOffset << 16) + 32768)), 16);
     const X pairBr = _mm_add_epi32(br, _mm_shuffle_epi32(br, 0xB1));
     const X pairGa = _mm_add_epi32(ga, _mm_shuffle_epi32(ga, 0xB1));

@@ -402,8 +402,11 @@ CYCBCR_INLINE void uyvy_samples(V x, V& luma, V& chroma) {
     constexpr ipp::ForwardCoefficients k = ipp::forward_coefficients(M);
     const V br = _mm256_and_si256(x, _mm256_set1_epi32(0x00FF00FF));
     const V ga = _mm256_srli_epi16(x, 8);
-    const V y = _mm256_add_epi32(exact_madd<ipp::WordWeights{{k.y.b, k.y.r, k.y.b, k.y.r}}>(br),
-                                 exact_madd<ipp::WordWeights{{k.y.g, 0, k.y.g, 0}}>(ga));
+    // Luma's weight of G does not fit madd but is even: half of it weighs 2G.
+    static_assert(k.y.g % 2 == 0 && k.y.g / 2 <= 32767);
+    const V y = _mm256_add_epi32(
+        exact_madd<ipp::WordWeights{{k.y.b, k.y.r, k.y.b, k.y.r}}>(br),
+        exact_madd<ipp::WordWeights{{k.y.g / 2, 0, k.y.g / 2, 0}}>(_mm256_add_epi16(ga, ga)));
     luma = _mm256_srai_epi32(_mm256_add_epi32(y, _mm256_set1_epi32((k.yOffset << 16) + 32768)), 16);
     const V pairBr = _mm256_add_epi32(br, _mm256_shuffle_epi32(br, 0xB1));
     const V pairGa = _mm256_add_epi32(ga, _mm256_shuffle_epi32(ga, 0xB1));
