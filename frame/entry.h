@@ -38,6 +38,14 @@ struct Paths {
     bool imaging;
 };
 
+// Whether an imaging-library equivalent runs its AVX2 row kernels (the same
+// bytes as its plain ones): on an AVX2 processor at every level but 0, since
+// the paths that call them are taken below level 5; level 0 keeps every path
+// plain.
+CYCBCR_INLINE bool imaging_avx2() {
+    return load_level() != 0 && (CPUFeatureFlags() & kCpuAvx2) != 0;
+}
+
 CYCBCR_INLINE Paths entry(OnEntry on) {
     if (on == OnEntry::ChooseLevel && load_level() == kLevelUnset) cycbcr_set_cpu(5);
     const uint32_t level = load_level();

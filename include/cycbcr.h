@@ -120,6 +120,10 @@ enum QBYCBCRRgbTypeValue {
  * then 0 to 6. Levels 0 to 3 run the plain paths; 4 and 6 also enable the
  * library's built-in image-library paths; 5 enables the AVX2 forms (when the
  * processor reports AVX2 at the time of each call) and the image-library paths.
+ * Wherever a path is taken, its bytes do not depend on the processor: exact
+ * vector row kernels run inside the plain engines at level 5 on an AVX2
+ * processor, and inside the image-library paths at every level but 0 on one
+ * (level 0 keeps everything plain).
  *
  * Processor feature bits behind the levels (as reported by the library's
  * feature detection):

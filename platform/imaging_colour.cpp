@@ -223,7 +223,7 @@ IppStatus planar_to_rgb(const Ipp8u* const src[3], const int srcStep[3], Ipp8u* 
     if (IppStatus s = check(ptrs, roi, 2, 2, {srcStep[0], srcStep[1], srcStep[2], dstStep}))
         return s;
     PlanarColourRows rows = plain::imaging_planar_rows<M, P>;
-    if (entry(OnEntry::ReadLevel).avx2)
+    if (imaging_avx2())
         if (PlanarColourRows fast = avx2::imaging_planar_kernel(M, P)) rows = fast;
     const uint32_t height = static_cast<uint32_t>(roi.height) & ~1u;
     const size_t pairs = static_cast<size_t>(roi.width) / 2;
@@ -240,7 +240,7 @@ IppStatus packed_to_rgb(const Ipp8u* src, int srcStep, Ipp8u* dst, int dstStep, 
     const void* const ptrs[] = {src, dst};
     if (IppStatus s = check(ptrs, roi, 2, 1, {srcStep, dstStep})) return s;
     PackedColourRow row = plain::imaging_packed_row<M, Shape, P>;
-    if (entry(OnEntry::ReadLevel).avx2)
+    if (imaging_avx2())
         if (PackedColourRow fast = avx2::imaging_packed_kernel(M, Shape, P)) row = fast;
     const size_t pairs = static_cast<size_t>(roi.width) / 2;
     const Rows s = rows_of(src, srcStep), d = rows_of(dst, dstStep);
@@ -254,7 +254,7 @@ IppStatus bgra_to_uyvy(const Ipp8u* src, int srcStep, Ipp8u* dst, int dstStep, I
     const void* const ptrs[] = {src, dst};
     if (IppStatus s = check(ptrs, roi, 2, 1, {srcStep, dstStep})) return s;
     PackedFromRgbRow row = plain::imaging_uyvy_from_bgra_row<M>;
-    if (entry(OnEntry::ReadLevel).avx2)
+    if (imaging_avx2())
         if (PackedFromRgbRow fast = avx2::imaging_uyvy_from_bgra_kernel(M)) row = fast;
     const size_t pairs = static_cast<size_t>(roi.width) / 2;
     const Rows s = rows_of(src, srcStep), d = rows_of(dst, dstStep);
