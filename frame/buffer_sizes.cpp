@@ -100,7 +100,7 @@ extern "C" CYCBCR_API unsigned int cycbcr_converter_buffer_sizes(
             }
         for (const FromRgbConverterRow& r : kFromRgbConverterRows)
             if (!known && std::strcmp(r.name, name) == 0) {
-                e = fromrgb::from_rgb_extent(r.from, r.to, c, matrix, rgbType);
+                e = fromrgb::from_rgb_extent(r.from, r.to, c, matrix, rgbType, 0, !r.pair);
                 known = true;
             }
         if (!known) {

@@ -529,14 +529,17 @@ CYCBCR_API uint64_t cycbcr_RGB32_to_uyvy_Alpha(uint8_t* dst, const uint8_t* src,
 namespace cycbcr::fromrgb {
 namespace {
 
-// The engine and its vector forms: whole pairs of every row, read where the
-// layout puts the channels (a 3-word pixel of order 1 reaches into the next).
+// The engine and its vector forms: whole pairs of every row, whole pixels read
+// (a 3-word pixel of order 1 reaches into the next).
 Extent engine_extent(Format to, const Call& c, PixelLayout l) {
     const uint64_t w = c.width, h = c.height, pairs = w / 2;
     if (pairs == 0 || h == 0) return {};
     Extent e;
+    // Whole pixels (the vector rows load them whole), or further where a
+    // channel lies past its pixel.
     const uint64_t reach = std::max({l.r, l.g, l.b}) + 1;
-    e.src = rows_end(0, h, c.srcPitch, (2 * pairs - 1) * l.bytes + reach);
+    e.src =
+        rows_end(0, h, c.srcPitch, (2 * pairs - 1) * l.bytes + std::max<uint64_t>(reach, l.bytes));
     if (is_packed422(to)) {
         e.dst = rows_end(0, h, c.dstPitch, 4 * pairs);
     } else {
@@ -572,15 +575,15 @@ Extent ipp_extent(const Call& c, QBYCBCRRgbType rgbType) {
 }  // namespace
 
 Extent from_rgb_extent(Format from, Format to, const Call& c, QBYCBCRMatrix matrix,
-                       QBYCBCRRgbType rgbType, uint32_t bitsPerPixel) {
+                       QBYCBCRRgbType rgbType, uint32_t bitsPerPixel, bool engineOnly) {
     const Format packed = to == Format::CYUV ? Format::UYVY : to;
     uint32_t bits = bitsPerPixel != 0 ? bitsPerPixel : bits_of(from);
     if (from == Format::RGB64 && bitsPerPixel == 0)
         bits = c.width != 0 ? c.srcPitch / c.width * 8 : 0;
     Extent e = engine_extent(packed, c, pixel_layout(bits, rgbType));
     const uint32_t order = rgbType & ~kBottomUp;
-    if (from == Format::RGB32 && packed == Format::UYVY && (matrix == 0 || matrix == 5) &&
-        (order == 0 || order == 2))
+    if (!engineOnly && from == Format::RGB32 && packed == Format::UYVY &&
+        (matrix == 0 || matrix == 5) && (order == 0 || order == 2))
         e = widest(e, ipp_extent(c, rgbType));
     if (to == Format::CYUV) e.dst = widest(e.dst, inverted_end(0, c.height, c.dstPitch));
     return e;

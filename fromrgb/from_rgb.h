@@ -91,8 +91,9 @@ Q14Groups avx2_q14_groups(bool planar, Format packedShape);
 // What a converter of the family reads and writes, for the buffer-size query:
 // from RGB24, RGB32 or RGB64 (bits per pixel by the pitch, or `bitsPerPixel`
 // when not 0) to an 8-bit YCbCr format, every route.
+// `engineOnly` leaves out the image-library route (the AVX2 form never takes it).
 Extent from_rgb_extent(Format from, Format to, const Call& c, QBYCBCRMatrix matrix,
-                       QBYCBCRRgbType rgbType, uint32_t bitsPerPixel = 0);
+                       QBYCBCRRgbType rgbType, uint32_t bitsPerPixel = 0, bool engineOnly = false);
 
 // The same for the family's converters outside the list: the float converter
 // and the alpha extractor (`known` says whether `name` is one of them).

@@ -188,12 +188,9 @@ ExactConsts exact_consts(const FromRgbRow& k, bool planar) {
             // The planar layout's odd pixel has no rounding step.
             planar ? _mm256_set_epi32(0, 499999, 0, 499999, 0, 499999, 0, 499999)
                    : _mm256_set1_epi32(499999),
-            _mm256_set1_epi16(static_cast<int16_t>(k.yOffset)),
-            _mm256_set1_epi32(549999),
-            _mm256_set1_epi32(-749999 - 549999 + 63),
-            _mm256_set1_epi32(499999),
-            _mm256_set1_epi32(-499999 - 499999 + 63),
-            _mm256_set1_epi16(128)};
+            _mm256_set1_epi16(static_cast<int16_t>(k.yOffset)), _mm256_set1_epi32(549999),
+            _mm256_set1_epi32(-749999 - 549999 + 63), _mm256_set1_epi32(499999),
+            _mm256_set1_epi32(-499999 - 499999 + 63), _mm256_set1_epi16(128)};
 }
 
 template <bool Planar, uint32_t Bytes, Format Shape>
