@@ -376,6 +376,37 @@ TEST(FromRgbEngine, IntegerEngineSameBytesAtLevelsZeroAndFive) {
                 }
 }
 
+// Every RGB value of every row of the table through the planar 4:2:2 rows (the
+// luma of both pixels of a pair, the chroma of the even one; each value once at
+// an even and once at an odd position): the vector rows divide the sums in
+// floating point and must give the plain rows' bytes for every sum the table
+// can reach.
+TEST(FromRgbEngine, EveryRgbValueSameBytesAtLevelsZeroAndFive) {
+    CYCBCR_REQUIRE_AVX2();
+    constexpr uint32_t kW = 4096, kH = 4096;
+    std::vector<uint8_t> src(size_t{kW} * kH * 4 + 4);
+    for (uint32_t i = 0; i < kW * kH; ++i) {
+        src[4 * size_t{i}] = static_cast<uint8_t>(i);
+        src[4 * size_t{i} + 1] = static_cast<uint8_t>(i >> 8);
+        src[4 * size_t{i} + 2] = static_cast<uint8_t>(i >> 16);
+    }
+    const size_t plane = size_t{kW} * kH;
+    std::vector<uint8_t> a(2 * plane), b(2 * plane);
+    for (QBYCBCRMatrix m = 0; m <= 10; ++m)
+        for (uint32_t shift : {0u, 1u}) {
+            const uint8_t* s = src.data() + 4 * shift;
+            auto convert = [&](std::vector<uint8_t>& d) {
+                FromRGBInt(d.data(), d.data() + plane, d.data() + plane + plane / 2, s, kW - 2,
+                           kH, kW, kW * 4, m, 0, 1, 1, 32, kW / 2);
+            };
+            ASSERT_EQ(cycbcr_set_cpu(0), 0u);
+            convert(a);
+            ASSERT_EQ(cycbcr_set_cpu(5), 5u);
+            convert(b);
+            ASSERT_TRUE(a == b) << "matrix " << m << ", values shifted by " << shift;
+        }
+}
+
 // The 14-bit engine at every width residue of 16 (and so of 8), every matrix;
 // the calls it hands on (other depths, 4:2:0) give FromRGBInt's bytes.
 TEST(FromRgbAvx2, EveryWidthResidueAndHandOver) {
