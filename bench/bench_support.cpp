@@ -155,12 +155,6 @@ bool timed(const cycbcr::ConverterRow& r) {
     return std::string_view(r.name).ends_with("_avx2") && !handed_over_to(r);
 }
 
-std::string short_name(std::string_view name) {
-    constexpr std::string_view prefix = "cycbcr_";
-    if (name.starts_with(prefix)) name.remove_prefix(prefix.size());
-    return std::string(name);
-}
-
 // Which family tests took each timed row.
 using FamilyTest = bool (*)(Format, Format);
 std::map<std::string, std::set<FamilyTest>>& claims() {
@@ -168,27 +162,48 @@ std::map<std::string, std::set<FamilyTest>>& claims() {
     return all;
 }
 
-// Exits unless the shared buffers hold what the converter of the pair (and so
-// any form of it) reads and writes at these pitches.
+// Exits unless the shared buffers hold the bytes a converter was answered to
+// read and write (`known` false: it had no answer).
+void hold_reach(const std::string& name, const FrameSize& size, bool known, uint64_t dst,
+                uint64_t src) {
+    const uint64_t room = largest_frame(size) + kBufferSlack;
+    if (known && dst <= room && src <= room) return;
+    if (!known)
+        std::fprintf(stderr, "cycbcr_bench: no buffer sizes for %s\n", name.c_str());
+    else
+        std::fprintf(stderr,
+                     "cycbcr_bench: %s at %s reads %llu and writes %llu bytes; the shared "
+                     "buffers hold %llu\n",
+                     name.c_str(), size.label().c_str(), static_cast<unsigned long long>(src),
+                     static_cast<unsigned long long>(dst), static_cast<unsigned long long>(room));
+    std::exit(1);
+}
+
+// The same for the converter of a pair (and so any form of it) at these pitches.
 void check_reach(const Listed& c, const FrameSize& size, const Shape& shape) {
     uint64_t dst = 0, src = 0;
     const bool known =
         cycbcr_buffer_sizes(fourcc_of(c.to), fourcc_of(c.from), size.width, size.height,
                             shape.dst_pitch, shape.src_pitch, &dst, &src) != 0;
-    const uint64_t room = largest_frame(size) + kBufferSlack;
-    if (known && dst <= room && src <= room) return;
-    if (!known)
-        std::fprintf(stderr, "cycbcr_bench: no buffer sizes for %s\n", c.name.c_str());
-    else
-        std::fprintf(stderr,
-                     "cycbcr_bench: %s at %s reads %llu and writes %llu bytes; the shared "
-                     "buffers hold %llu\n",
-                     c.name.c_str(), size.label().c_str(), static_cast<unsigned long long>(src),
-                     static_cast<unsigned long long>(dst), static_cast<unsigned long long>(room));
-    std::exit(1);
+    hold_reach(c.name, size, known, dst, src);
 }
 
 }  // namespace
+
+std::string short_name(std::string_view name) {
+    constexpr std::string_view prefix = "cycbcr_";
+    if (name.starts_with(prefix)) name.remove_prefix(prefix.size());
+    return std::string(name);
+}
+
+void check_named_reach(const char* name, const FrameSize& size, const Shape& shape,
+                       QBYCBCRMatrix matrix, QBYCBCRRgbType rgbType) {
+    uint64_t dst = 0, src = 0;
+    const bool known =
+        cycbcr_converter_buffer_sizes(name, size.width, size.height, shape.dst_pitch,
+                                      shape.src_pitch, matrix, rgbType, &dst, &src) != 0;
+    hold_reach(name, size, known, dst, src);
+}
 
 std::string FrameSize::label() const {
     return std::to_string(width) + "x" + std::to_string(height);

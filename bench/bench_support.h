@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "frame/converters.h"
@@ -196,6 +197,13 @@ std::string family_heading(const std::string& family);
 using SummaryNote = std::function<void(std::FILE* out, const Medians& medians)>;
 void add_summary_note(SummaryNote note);
 const std::vector<SummaryNote>& summary_notes();
+
+// A converter's name as the summary shows it (without the cycbcr_ prefix).
+std::string short_name(std::string_view name);
+// Exits unless the shared buffers of `size` hold what the converter `name`
+// reads and writes in these calls (cycbcr_converter_buffer_sizes).
+void check_named_reach(const char* name, const FrameSize& size, const Shape& shape,
+                       QBYCBCRMatrix matrix, QBYCBCRRgbType rgbType);
 
 // Per benchmark family; each registers its benchmarks, summary rows and notes.
 void register_byte_order_benchmarks();

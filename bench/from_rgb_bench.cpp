@@ -43,28 +43,10 @@ constexpr double kMinTime = 0.05;
 // random frames that is far apart, so peers are checked on a smooth frame.
 constexpr int kTolerance = 3;
 
-std::string short_name(std::string_view name) {
-    constexpr std::string_view prefix = "cycbcr_";
-    if (name.starts_with(prefix)) name.remove_prefix(prefix.size());
-    return std::string(name);
-}
-
 FrameCall call_of(cycbcr_from_rgb_converter fn, const FrameSize& size, const Shape& shape) {
     return [=](uint8_t* dst, const uint8_t* src) {
         fn(dst, src, size.width, size.height, shape.dst_pitch, shape.src_pitch, kMatrix, kRgbType);
     };
-}
-
-void check_reach(const char* name, const FrameSize& size, const Shape& shape) {
-    uint64_t dst = 0, src = 0;
-    const bool known = cycbcr_converter_buffer_sizes(name, size.width, size.height,
-                                                     shape.dst_pitch, shape.src_pitch, kMatrix,
-                                                     kRgbType, &dst, &src) != 0;
-    const uint64_t room = buffer_room(size);
-    if (known && dst <= room && src <= room) return;
-    std::fprintf(stderr, "cycbcr_bench: %s at %s: %s\n", name, size.label().c_str(),
-                 known ? "reaches past the shared buffers" : "no buffer sizes");
-    std::exit(1);
 }
 
 #ifdef CYCBCR_BENCH_LIBYUV
@@ -156,7 +138,7 @@ void register_from_rgb_benchmarks() {
         for (const cycbcr::FromRgbConverterRow& r : cycbcr::kFromRgbConverterRows) {
             if (r.alias) continue;
             const Shape shape = natural_shape(r.from, r.to, size);
-            check_reach(r.name, size, shape);
+            check_named_reach(r.name, size, shape, kMatrix, kRgbType);
             SummaryRow row;
             row.family = kFamily;
             row.size = size.label();
@@ -219,8 +201,8 @@ void register_from_rgb_benchmarks() {
         row.level5_form = true;
         row.memcpy = memcpy_benchmark(size, shape.moved / 2);
         row.level5 = "RGB32_to_uyvy/" + size.label() + "/level4";
-        register_call(row.level5, call_of(cycbcr_RGB32_to_uyvy, size, shape), size, shape.moved,
-                      4, false)
+        register_call(row.level5, call_of(cycbcr_RGB32_to_uyvy, size, shape), size, shape.moved, 4,
+                      false)
             ->MinTime(kMinTime);
 #ifdef CYCBCR_BENCH_LIBYUV
         row.peer = "libyuv:ARGBToUYVY/" + size.label();

@@ -57,36 +57,10 @@ constexpr double kMinTime = 0.05;
 // (8-bit units, before the quantisation step of a narrow channel is added).
 constexpr int kTolerance = 4;
 
-std::string short_name(std::string_view name) {
-    constexpr std::string_view prefix = "cycbcr_";
-    if (name.starts_with(prefix)) name.remove_prefix(prefix.size());
-    return std::string(name);
-}
-
 FrameCall call_of(cycbcr_rgb_converter fn, const FrameSize& size, const Shape& shape) {
     return [=](uint8_t* dst, const uint8_t* src) {
         fn(dst, src, size.width, size.height, shape.dst_pitch, shape.src_pitch, kMatrix, kRgbType);
     };
-}
-
-// Exits unless the shared buffers hold what the converter reads and writes in
-// exactly these calls.
-void check_reach(const cycbcr::RgbConverterRow& r, const FrameSize& size, const Shape& shape) {
-    uint64_t dst = 0, src = 0;
-    const bool known =
-        cycbcr_converter_buffer_sizes(r.name, size.width, size.height, shape.dst_pitch,
-                                      shape.src_pitch, kMatrix, kRgbType, &dst, &src) != 0;
-    const uint64_t room = buffer_room(size);
-    if (known && dst <= room && src <= room) return;
-    if (!known)
-        std::fprintf(stderr, "cycbcr_bench: no buffer sizes for %s\n", r.name);
-    else
-        std::fprintf(stderr,
-                     "cycbcr_bench: %s at %s reads %llu and writes %llu bytes; the shared "
-                     "buffers hold %llu\n",
-                     r.name, size.label().c_str(), static_cast<unsigned long long>(src),
-                     static_cast<unsigned long long>(dst), static_cast<unsigned long long>(room));
-    std::exit(1);
 }
 
 // How a frame's pixels are laid out, ours at RGB type 0 and libyuv's.
@@ -334,7 +308,7 @@ void register_to_rgb_benchmarks() {
         for (const cycbcr::RgbConverterRow& r : cycbcr::kRgbConverterRows) {
             if (r.alias) continue;
             const Shape shape = natural_shape(r.from, r.to, size);
-            check_reach(r, size, shape);
+            check_named_reach(r.name, size, shape, kMatrix, kRgbType);
             SummaryRow row;
             row.family = kFamily;
             row.size = size.label();
