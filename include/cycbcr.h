@@ -946,15 +946,14 @@ CYCBCR_TO_RGB_ENGINE(cycbcr_ToRGBInt16);
  * bottom-up flag turns the written frame over afterwards. That path returns
  * width * dstPitch. Buffer sizes by converter name:
  * cycbcr_converter_buffer_sizes(). */
-typedef uint64_t (*cycbcr_from_rgb_converter)(uint8_t* dst, const uint8_t* src,
-                                              unsigned int width, unsigned int height,
-                                              unsigned int dstPitch, unsigned int srcPitch,
-                                              QBYCBCRMatrix matrix, QBYCBCRRgbType rgbType);
-#define CYCBCR_FROM_RGB_CONVERTER(name)                                            \
-    CYCBCR_API uint64_t name(uint8_t* dst, const uint8_t* src, unsigned int width, \
-                             unsigned int height, unsigned int dstPitch,           \
-                             unsigned int srcPitch, QBYCBCRMatrix matrix,          \
-                             QBYCBCRRgbType rgbType)
+typedef uint64_t (*cycbcr_from_rgb_converter)(uint8_t* dst, const uint8_t* src, unsigned int width,
+                                              unsigned int height, unsigned int dstPitch,
+                                              unsigned int srcPitch, QBYCBCRMatrix matrix,
+                                              QBYCBCRRgbType rgbType);
+#define CYCBCR_FROM_RGB_CONVERTER(name)                                                         \
+    CYCBCR_API uint64_t name(uint8_t* dst, const uint8_t* src, unsigned int width,              \
+                             unsigned int height, unsigned int dstPitch, unsigned int srcPitch, \
+                             QBYCBCRMatrix matrix, QBYCBCRRgbType rgbType)
 CYCBCR_FROM_RGB_CONVERTER(cycbcr_RGB24_to_uyvy);
 CYCBCR_FROM_RGB_CONVERTER(cycbcr_RGB24_to_yuy2);
 CYCBCR_FROM_RGB_CONVERTER(cycbcr_RGB24_to_yvyu);
@@ -982,10 +981,9 @@ CYCBCR_API cycbcr_from_rgb_converter cycbcr_from_rgb_pair_converter(unsigned int
 /* 32-bit RGB to three planes, FromRGB with the planar flag and 32 bits per
  * pixel; does not choose a processor level itself (an unset level is not 5,
  * so FromRGBInt runs). */
-CYCBCR_API uint64_t cycbcr_RGB32_to_planar(uint8_t* y, uint8_t* cb, uint8_t* cr,
-                                           const uint8_t* src, unsigned int width,
-                                           unsigned int height, unsigned int yPitch,
-                                           unsigned int chromaPitch, int is422,
+CYCBCR_API uint64_t cycbcr_RGB32_to_planar(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src,
+                                           unsigned int width, unsigned int height,
+                                           unsigned int yPitch, unsigned int chromaPitch, int is422,
                                            unsigned int srcPitch, QBYCBCRMatrix matrix,
                                            QBYCBCRRgbType rgbType);
 
@@ -1008,21 +1006,21 @@ CYCBCR_API uint64_t cycbcr_RGB32F_to_uyvy(uint8_t* dst, const void* src, unsigne
  * tightly packed (rows width bytes apart whatever dstPitch says: width * height
  * bytes). The bottom-up flag of rgbType reads the source from the bottom.
  * Returns width * height. */
-CYCBCR_API uint64_t cycbcr_RGB32_to_uyvy_Alpha(uint8_t* dst, const uint8_t* src,
-                                               unsigned int width, unsigned int height,
-                                               unsigned int dstPitch, unsigned int srcPitch,
-                                               uint8_t options, QBYCBCRRgbType rgbType);
+CYCBCR_API uint64_t cycbcr_RGB32_to_uyvy_Alpha(uint8_t* dst, const uint8_t* src, unsigned int width,
+                                               unsigned int height, unsigned int dstPitch,
+                                               unsigned int srcPitch, uint8_t options,
+                                               QBYCBCRRgbType rgbType);
 
 /* The engines: y, cb, cr the first Y, Cb and Cr byte (packed: of row 0, every
  * 2 (Y) or 4 bytes apart; planar: the planes), dstPitch the packed or Y pitch,
  * is422 and planar the layout flags, bitsPerPixel 24, 32, 48 or 64, chromaPitch
  * the chroma planes' pitch (planar only). See above for each. */
-#define CYCBCR_FROM_RGB_ENGINE(name)                                                        \
-    CYCBCR_API uint64_t name(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src,      \
-                             unsigned int width, unsigned int height, unsigned int dstPitch, \
-                             unsigned int srcPitch, QBYCBCRMatrix matrix,                    \
-                             QBYCBCRRgbType rgbType, int is422, int planar,                  \
-                             unsigned int bitsPerPixel, unsigned int chromaPitch)
+#define CYCBCR_FROM_RGB_ENGINE(name)                                                              \
+    CYCBCR_API uint64_t name(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src,            \
+                             unsigned int width, unsigned int height, unsigned int dstPitch,      \
+                             unsigned int srcPitch, QBYCBCRMatrix matrix, QBYCBCRRgbType rgbType, \
+                             int is422, int planar, unsigned int bitsPerPixel,                    \
+                             unsigned int chromaPitch)
 CYCBCR_FROM_RGB_ENGINE(FromRGB);
 CYCBCR_FROM_RGB_ENGINE(FromRGB_avx2);
 CYCBCR_FROM_RGB_ENGINE(FromRGBInt);

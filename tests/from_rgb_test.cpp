@@ -396,8 +396,8 @@ TEST(FromRgbEngine, EveryRgbValueSameBytesAtLevelsZeroAndFive) {
         for (uint32_t shift : {0u, 1u}) {
             const uint8_t* s = src.data() + 4 * shift;
             auto convert = [&](std::vector<uint8_t>& d) {
-                FromRGBInt(d.data(), d.data() + plane, d.data() + plane + plane / 2, s, kW - 2,
-                           kH, kW, kW * 4, m, 0, 1, 1, 32, kW / 2);
+                FromRGBInt(d.data(), d.data() + plane, d.data() + plane + plane / 2, s, kW - 2, kH,
+                           kW, kW * 4, m, 0, 1, 1, 32, kW / 2);
             };
             ASSERT_EQ(cycbcr_set_cpu(0), 0u);
             convert(a);
