@@ -12,6 +12,7 @@
 #include <bit>
 #include <cstring>
 
+#include "platform/memory.h"
 #include "torgb/to_rgb.h"
 
 namespace cycbcr::colour {
@@ -257,6 +258,11 @@ void row_a_avx2(const RowArgs& a, const ToRgbRow<int32_t>& k, PlainRow tail) {
     const uint32_t pairs = a.pairs;
     uint32_t p = 0;
     for (; p + 8 + spare <= pairs; p += 8) {
+        prefetch(y, 4096);
+        if constexpr (S == Source::Planar) {
+            prefetch(cb, 2048);
+            prefetch(cr, 2048);
+        }
         const Block blk = load_block<S, F>(y, cb, cr);
         store_block<D, O, Stream>(dst, compute(blk, c), AlphaPlane ? alpha_words(alpha) : opaque);
         dst += 8 * outStep;
