@@ -172,6 +172,7 @@ struct Job {
     QBYCBCRRgbType rgbType;
     bool is422, planar;
     uint32_t bitsPerPixel, chromaPitch;
+    bool dstUp = false;  // packed rows written from the last row up (cyuv in one pass)
 };
 
 uint64_t result_of(const Job& j) {
@@ -187,14 +188,18 @@ template <class Row>
 void walk_frame(const Job& j, Row&& row) {
     const Rows src = (j.rgbType & kBottomUp) != 0 ? rows_up(j.src, j.srcPitch, j.height)
                                                   : rows_down(j.src, j.srcPitch);
+
     const ChromaRows rule = j.planar && !j.is422 ? ChromaRows::FieldKept : ChromaRows::Own;
     const size_t cPitch = j.planar ? j.chromaPitch : j.dstPitch;
     for (uint32_t r = 0; r < j.height; ++r) {
-        RowArgs a{src.at(r), j.y + size_t{r} * j.dstPitch, nullptr, nullptr, j.width / 2};
+        // Destination rows from the bottom when asked (packed layout only).
+        const size_t d = j.dstUp ? size_t{j.height - 1 - r} : r;
+        RowArgs a{src.at(r), j.y + d * j.dstPitch, nullptr, nullptr, j.width / 2};
         const ChromaRow c = chroma_row(rule, r);
         if (c.present && j.cb != nullptr) {
-            a.cb = j.cb + size_t{c.row} * cPitch;
-            a.cr = j.cr + size_t{c.row} * cPitch;
+            const size_t at = j.planar ? c.row : d;
+            a.cb = j.cb + at * cPitch;
+            a.cr = j.cr + at * cPitch;
         }
         row(a);
     }
@@ -210,7 +215,7 @@ uint64_t exact_engine(const Job& j, bool avx2) {
     const PixelLayout l = pixel_layout(j.bitsPerPixel, j.rgbType);
     const ExactRow plain = j.planar ? exact_row<true> : exact_row<false>;
     const bool vectorOk = avx2 && (j.planar || j.cb != nullptr);
-    const ExactVectorRow vector = vectorOk ? avx2_exact_row(j.planar, l, shape_of(j)) : nullptr;
+    const ExactVectorRow vector = vectorOk ? avx2_exact_row(j.planar, l, shape_of(j), k) : nullptr;
     if (vector)
         walk_frame(j, [&](const RowArgs& a) { vector(a, k, l, plain); });
     else
@@ -380,11 +385,23 @@ uint64_t from_rgb(uint8_t* dst, const uint8_t* src, unsigned int width, unsigned
         entry(OnEntry::ChooseLevel);
     }
     if constexpr (To == Format::CYUV) {
-        const uint64_t r =
-            From == Format::RGB24
-                ? cycbcr_RGB24_to_uyvy(dst, src, width, height, dstPitch, srcPitch, matrix, rgbType)
-                : cycbcr_RGB32_to_uyvy(dst, src, width, height, dstPitch, srcPitch, matrix,
-                                       rgbType);
+        const auto uyvy = From == Format::RGB24 ? cycbcr_RGB24_to_uyvy : cycbcr_RGB32_to_uyvy;
+        // Converting and then turning the frame over puts source row r in row
+        // height - 1 - r. When the conversion writes every byte of every row
+        // (an even width, rows of exactly 2 x width bytes), one pass does the
+        // same: 24-bit pixels (the engine's only route) written from the last
+        // row up, 32-bit ones (whichever route) read the other way.
+        if (width % 2 == 0 && dstPitch == 2 * width) {
+            if constexpr (From == Format::RGB24) {
+                const Planes p = packed_samples(Format::UYVY, dst);
+                Job j{p.y,      p.cb,   p.cr,    src,  width, height, dstPitch,
+                      srcPitch, matrix, rgbType, true, false, 24,     dstPitch / 2};
+                j.dstUp = true;
+                return exact_engine(j, entry(OnEntry::ReadLevel).avx2);
+            }
+            return uyvy(dst, src, width, height, dstPitch, srcPitch, matrix, rgbType ^ kBottomUp);
+        }
+        const uint64_t r = uyvy(dst, src, width, height, dstPitch, srcPitch, matrix, rgbType);
         cycbcr_invert(dst, dstPitch, height);
         return r;
     }

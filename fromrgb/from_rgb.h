@@ -78,7 +78,7 @@ Q14Set q14_set(QBYCBCRMatrix matrix);
 using ExactRow = void (*)(const RowArgs& a, const FromRgbRow& k, PixelLayout l);
 using ExactVectorRow = void (*)(const RowArgs& a, const FromRgbRow& k, PixelLayout l,
                                 ExactRow tail);
-ExactVectorRow avx2_exact_row(bool planar, PixelLayout l, Format packedShape);
+ExactVectorRow avx2_exact_row(bool planar, PixelLayout l, Format packedShape, const FromRgbRow& k);
 
 // The 14-bit engine's groups of eight pixels, `groups` of them from the start
 // of a row of 32-bit pixels, with chroma. The plain form takes any pointers;

@@ -20,6 +20,7 @@
 #include <immintrin.h>
 
 #include <bit>
+#include <initializer_list>
 
 #include "fromrgb/from_rgb.h"
 #include "platform/memory.h"
@@ -122,86 +123,111 @@ CYCBCR_INLINE void store_packed(uint8_t* first, __m256i c) {
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(first), v);
 }
 
+// Dwords of `combine` in store order: per lane Y, Y, Cb, Cr quarters become
+// the sixteen Y in order (low lane) and Cb, Cb, Cr, Cr (high lane).
+CYCBCR_INLINE __m256i store_order(__m256i c) {
+    return _mm256_permutevar8x32_epi32(c, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7));
+}
 CYCBCR_INLINE void store_planar(uint8_t* y, uint8_t* cb, uint8_t* cr, __m256i c) {
-    static constexpr int8_t kOrder[16] = {0, 1, 2, 3, 8, 9, 10, 11, 4, 5, 6, 7, 12, 13, 14, 15};
-    static constexpr int8_t kChroma[16] = {0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15};
-    // Low lane: the Y of both lanes; high lane: their Cb and Cr.
-    const __m256i v = _mm256_permute4x64_epi64(c, 0xD8);
-    const __m128i ys = _mm_shuffle_epi8(_mm256_castsi256_si128(v),
-                                        _mm_loadu_si128(reinterpret_cast<const __m128i*>(kOrder)));
-    const __m128i cs = _mm_shuffle_epi8(_mm256_extracti128_si256(v, 1),
-                                        _mm_loadu_si128(reinterpret_cast<const __m128i*>(kChroma)));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(y), ys);
+    // High lane: pairs 0, 1, 4, 5 then 2, 3, 6, 7 of Cb and of Cr, put in order.
+    const __m256i m = _mm256_setr_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 0, 1,
+                                       4, 5, 2, 3, 6, 7, 8, 9, 12, 13, 10, 11, 14, 15);
+    const __m256i v = _mm256_shuffle_epi8(store_order(c), m);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(y), _mm256_castsi256_si128(v));
     if (cb != nullptr) {
+        const __m128i cs = _mm256_extracti128_si256(v, 1);
         _mm_storel_epi64(reinterpret_cast<__m128i*>(cb), cs);
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(cr), _mm_unpackhi_epi64(cs, cs));
+        _mm_storeh_pd(reinterpret_cast<double*>(cr), _mm_castsi128_pd(cs));
     }
 }
 // Only the Y of sixteen pixels (4:2:0 rows without chroma).
 CYCBCR_INLINE void store_luma(uint8_t* y, __m256i yWords) {
-    static constexpr int8_t kOrder[16] = {0, 1, 2, 3, 8, 9, 10, 11, 4, 5, 6, 7, 12, 13, 14, 15};
-    const __m256i v = _mm256_permute4x64_epi64(_mm256_packus_epi16(yWords, yWords), 0xD8);
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(y),
-                     _mm_shuffle_epi8(_mm256_castsi256_si128(v),
-                                      _mm_loadu_si128(reinterpret_cast<const __m128i*>(kOrder))));
+    const __m256i v = store_order(_mm256_packus_epi16(yWords, yWords));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(y), _mm256_castsi256_si128(v));
 }
 
 // ---- The exact millionths kernels ----
 
-// A weight c as h * 32768 + l with 0 <= l < 32768, so that both halves fit the
-// signed 16-bit multipliers of pmaddwd.
-struct Split {
-    __m256i bgHi, rHi, bgLo, rLo;
+// Two forms of the arithmetic. Every row: a weight c as h * 32768 + l with
+// 0 <= l < 32768, so that both halves fit the signed 16-bit multipliers of
+// pmaddwd, and the divisions as above. Rows whose nine weights are whole
+// thousands (BT.601, the three-digit BT.709 rows, rows 8 and 9): the weights in
+// thousands fit pmaddwd whole, the sums are a thousandth of the engine's, and
+// with the biases in thousands (floored) each quotient is that of the full sum
+// over 1000 (|sum| < 2^19, so one float step with the float just above 1/1000
+// truncates exactly).
+constexpr float kPer1000 = std::bit_cast<float>(0x3A83126Fu);  // just above 1/1000
+static_assert(double{kPer1000} > 1.0 / 1000 &&
+              double{std::bit_cast<float>(0x3A83126Eu)} < 1.0 / 1000);
+
+struct Weights {
+    __m256i bgHi, rHi, bgLo, rLo;  // thousandths: the weights whole in bgLo, rLo
 };
-Split split(int32_t r, int32_t g, int32_t b) {
+template <bool Thousands>
+Weights weights(int32_t r, int32_t g, int32_t b) {
+    if constexpr (Thousands) {
+        const __m256i none = _mm256_setzero_si256();
+        return {none, none, pair16(b / 1000, g / 1000), pair16(r / 1000, 0)};
+    }
     auto hi = [](int32_t c) { return c >> 15; };
     auto lo = [](int32_t c) { return c & 32767; };
     return {pair16(hi(b), hi(g)), pair16(hi(r), 0), pair16(lo(b), lo(g)), pair16(lo(r), 0)};
 }
-CYCBCR_INLINE __m256i exact_sum(const Words& w, const Split& s) {
-    const __m256i hi =
-        _mm256_add_epi32(_mm256_madd_epi16(w.bg, s.bgHi), _mm256_madd_epi16(w.r, s.rHi));
+template <bool Thousands>
+CYCBCR_INLINE __m256i weighted_sum(const Words& w, const Weights& s) {
     const __m256i lo =
         _mm256_add_epi32(_mm256_madd_epi16(w.bg, s.bgLo), _mm256_madd_epi16(w.r, s.rLo));
+    if constexpr (Thousands) return lo;
+    const __m256i hi =
+        _mm256_add_epi32(_mm256_madd_epi16(w.bg, s.bgHi), _mm256_madd_epi16(w.r, s.rHi));
     return _mm256_add_epi32(_mm256_slli_epi32(hi, 15), lo);
 }
-// floor(x / 1,000,000) for 0 <= x < 2^30.
-CYCBCR_INLINE __m256i per_million(__m256i x) {
-    const __m256 f = _mm256_cvtepi32_ps(_mm256_srli_epi32(x, 6));
+// The quotient toward zero of a biased sum by 1,000,000 (or of a sum in
+// thousands by 1000). The shift by 6 of a negative sum rounds toward zero when
+// 63 was added with the bias.
+template <bool Thousands>
+CYCBCR_INLINE __m256i quotient(__m256i x) {
+    if constexpr (Thousands)
+        return _mm256_cvttps_epi32(_mm256_mul_ps(_mm256_cvtepi32_ps(x), _mm256_set1_ps(kPer1000)));
+    const __m256 f = _mm256_cvtepi32_ps(_mm256_srai_epi32(x, 6));
     return _mm256_cvttps_epi32(_mm256_mul_ps(f, _mm256_set1_ps(kPer15625)));
 }
 // A chroma sum divided as the engine does, before the 128: the quotient toward
 // zero of s + up (s >= 0) or s - down (s < 0), which is the truncated quotient
-// stepped away from zero past the thresholds. For negative sums the shift by 6
-// rounds toward zero too (63 added first), and the float step truncates.
+// stepped away from zero past the thresholds.
+template <bool Thousands>
 CYCBCR_INLINE __m256i chroma_quotient(__m256i s, __m256i up, __m256i negExtra) {
     const __m256i neg = _mm256_srai_epi32(s, 31);
-    const __m256i x = _mm256_add_epi32(_mm256_add_epi32(s, up), _mm256_and_si256(neg, negExtra));
-    const __m256 f = _mm256_cvtepi32_ps(_mm256_srai_epi32(x, 6));
-    return _mm256_cvttps_epi32(_mm256_mul_ps(f, _mm256_set1_ps(kPer15625)));
+    return quotient<Thousands>(
+        _mm256_add_epi32(_mm256_add_epi32(s, up), _mm256_and_si256(neg, negExtra)));
 }
 
 struct ExactConsts {
-    Split y, cb, cr;
+    Weights y, cb, cr;
     __m256i yBias, yOffset;  // Y offset as 16-bit words
     // Biases of the chroma sums: `up` for every sum, plus `negExtra` for the
     // negative ones (-down - up, and 63 for the shift).
     __m256i cbUp, cbNeg, crUp, crNeg, c128;
 };
+template <bool Thousands>
 ExactConsts exact_consts(const FromRgbRow& k, bool planar) {
-    return {split(k.rToY, k.gToY, k.bToY), split(k.rToCb, k.gToCb, k.bToCb),
-            split(k.rToCr, k.gToCr, k.bToCr),
+    // Biases in millionths, or floored to thousands.
+    auto b = [](int32_t v) { return Thousands ? (v >= 0 ? v / 1000 : -((-v + 999) / 1000)) : v; };
+    const int32_t shift = Thousands ? 0 : 63;
+    const int32_t y = b(499999);
+    return {weights<Thousands>(k.rToY, k.gToY, k.bToY),
+            weights<Thousands>(k.rToCb, k.gToCb, k.bToCb),
+            weights<Thousands>(k.rToCr, k.gToCr, k.bToCr),
             // The planar layout's odd pixel has no rounding step.
-            planar ? _mm256_set_epi32(0, 499999, 0, 499999, 0, 499999, 0, 499999)
-                   : _mm256_set1_epi32(499999),
-            _mm256_set1_epi16(static_cast<int16_t>(k.yOffset)), _mm256_set1_epi32(549999),
-            _mm256_set1_epi32(-749999 - 549999 + 63), _mm256_set1_epi32(499999),
-            _mm256_set1_epi32(-499999 - 499999 + 63), _mm256_set1_epi16(128)};
+            planar ? _mm256_set_epi32(0, y, 0, y, 0, y, 0, y) : _mm256_set1_epi32(y),
+            _mm256_set1_epi16(static_cast<int16_t>(k.yOffset)), _mm256_set1_epi32(b(549999)),
+            _mm256_set1_epi32(-b(749999) - b(549999) + shift), _mm256_set1_epi32(b(499999)),
+            _mm256_set1_epi32(-b(499999) - b(499999) + shift), _mm256_set1_epi16(128)};
 }
 
-template <bool Planar, uint32_t Bytes, Format Shape>
+template <bool Planar, uint32_t Bytes, Format Shape, bool Thousands>
 void exact_row_avx2(const RowArgs& a, const FromRgbRow& k, PixelLayout l, ExactRow tail) {
-    const ExactConsts c = exact_consts(k, Planar);
+    const ExactConsts c = exact_consts<Thousands>(k, Planar);
     const Unpack m = unpack_masks(l);
     // Three-byte loads reach four bytes past their eighth pixel: keep a pair in
     // hand so they stay inside the row's pairs.
@@ -214,7 +240,7 @@ void exact_row_avx2(const RowArgs& a, const FromRgbRow& k, PixelLayout l, ExactR
         const Words w0 = words8(load8<Bytes>(s), m);
         const Words w1 = words8(load8<Bytes>(s + 8 * Bytes), m);
         auto luma = [&](const Words& w) {
-            return per_million(_mm256_add_epi32(exact_sum(w, c.y), c.yBias));
+            return quotient<Thousands>(_mm256_add_epi32(weighted_sum<Thousands>(w, c.y), c.yBias));
         };
         // Quotients below 2^15: the signed pack keeps them.
         const __m256i yw = _mm256_adds_epu16(_mm256_packs_epi32(luma(w0), luma(w1)), c.yOffset);
@@ -225,8 +251,10 @@ void exact_row_avx2(const RowArgs& a, const FromRgbRow& k, PixelLayout l, ExactR
             }
         }
         const Words e = evens(w0, w1);
-        const __m256i cbq = chroma_quotient(exact_sum(e, c.cb), c.cbUp, c.cbNeg);
-        const __m256i crq = chroma_quotient(exact_sum(e, c.cr), c.crUp, c.crNeg);
+        const __m256i cbq =
+            chroma_quotient<Thousands>(weighted_sum<Thousands>(e, c.cb), c.cbUp, c.cbNeg);
+        const __m256i crq =
+            chroma_quotient<Thousands>(weighted_sum<Thousands>(e, c.cr), c.crUp, c.crNeg);
         const __m256i cw = _mm256_add_epi16(_mm256_packs_epi32(cbq, crq), c.c128);
         const __m256i all = combine(yw, _mm256_packus_epi16(cw, cw));
         if constexpr (Planar)
@@ -303,36 +331,46 @@ void q14_groups_avx2(const RowArgs& a, const Q14Set& k, PixelLayout l, uint32_t 
     }
 }
 
-template <bool Planar>
+template <bool Planar, bool Thousands>
 ExactVectorRow exact_by_shape(PixelLayout l, Format shape) {
     if (l.bytes == 4) {
         switch (shape) {
             case Format::UYVY:
-                return exact_row_avx2<Planar, 4, Format::UYVY>;
+                return exact_row_avx2<Planar, 4, Format::UYVY, Thousands>;
             case Format::YUY2:
-                return exact_row_avx2<Planar, 4, Format::YUY2>;
+                return exact_row_avx2<Planar, 4, Format::YUY2, Thousands>;
             default:
-                return exact_row_avx2<Planar, 4, Format::YVYU>;
+                return exact_row_avx2<Planar, 4, Format::YVYU, Thousands>;
         }
     }
     switch (shape) {
         case Format::UYVY:
-            return exact_row_avx2<Planar, 3, Format::UYVY>;
+            return exact_row_avx2<Planar, 3, Format::UYVY, Thousands>;
         case Format::YUY2:
-            return exact_row_avx2<Planar, 3, Format::YUY2>;
+            return exact_row_avx2<Planar, 3, Format::YUY2, Thousands>;
         default:
-            return exact_row_avx2<Planar, 3, Format::YVYU>;
+            return exact_row_avx2<Planar, 3, Format::YVYU, Thousands>;
     }
+}
+
+bool whole_thousands(const FromRgbRow& k) {
+    for (int32_t c : {k.rToY, k.gToY, k.bToY, k.rToCb, k.gToCb, k.bToCb, k.rToCr, k.gToCr, k.bToCr})
+        if (c % 1000 != 0) return false;
+    return true;
 }
 
 }  // namespace
 
-ExactVectorRow avx2_exact_row(bool planar, PixelLayout l, Format packedShape) {
+ExactVectorRow avx2_exact_row(bool planar, PixelLayout l, Format packedShape, const FromRgbRow& k) {
     if (l.bytes != 3 && l.bytes != 4) return nullptr;
-    if (planar) return exact_by_shape<true>(l, Format::UYVY);
+    const bool thousands = whole_thousands(k);
+    if (planar)
+        return thousands ? exact_by_shape<true, true>(l, Format::UYVY)
+                         : exact_by_shape<true, false>(l, Format::UYVY);
     if (packedShape != Format::UYVY && packedShape != Format::YUY2 && packedShape != Format::YVYU)
         return nullptr;
-    return exact_by_shape<false>(l, packedShape);
+    return thousands ? exact_by_shape<false, true>(l, packedShape)
+                     : exact_by_shape<false, false>(l, packedShape);
 }
 
 Q14Groups avx2_q14_groups(bool planar, Format packedShape) {
