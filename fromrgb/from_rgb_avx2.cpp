@@ -137,7 +137,7 @@ CYCBCR_INLINE void store_planar(uint8_t* y, uint8_t* cb, uint8_t* cr, __m256i c)
     if (cb != nullptr) {
         const __m128i cs = _mm256_extracti128_si256(v, 1);
         _mm_storel_epi64(reinterpret_cast<__m128i*>(cb), cs);
-        _mm_storeh_pd(reinterpret_cast<double*>(cr), _mm_castsi128_pd(cs));
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(cr), _mm_unpackhi_epi64(cs, cs));
     }
 }
 // Only the Y of sixteen pixels (4:2:0 rows without chroma).
