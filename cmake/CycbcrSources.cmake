@@ -35,4 +35,6 @@ set(CYCBCR_SOURCES
     torgb/to_rgb_avx2.cpp
     fromrgb/from_rgb.cpp
     fromrgb/from_rgb_avx2.cpp
+    fromrgb/to_v210.cpp
+    fromrgb/to_v210_avx2.cpp
 )

@@ -5,6 +5,7 @@
 #include "frame/converters.h"
 #include "frame/export.h"
 #include "fromrgb/from_rgb.h"
+#include "fromrgb/to_v210.h"
 #include "torgb/to_rgb.h"
 
 #include <cstring>
@@ -33,6 +34,10 @@ constexpr FormatPairs<ExtentOf> make_extents() {
     CYCBCR_V210_PAIRS(CYCBCR_V210_ROW)
     CYCBCR_TO_RGB_CONVERTERS(CYCBCR_TO_RGB_ROW)
     CYCBCR_FROM_RGB_PAIRS(CYCBCR_FROM_RGB_ROW)
+#define CYCBCR_TO_V210_ROW(name, form, from, to, ...) \
+    t(Format::from, Format::to) = to_v210_pair_extent;
+    CYCBCR_TO_V210_PAIRS(CYCBCR_TO_V210_ROW)
+#undef CYCBCR_TO_V210_ROW
 #undef CYCBCR_FROM_RGB_ROW
 #undef CYCBCR_BYTE_ORDER_ROW
 #undef CYCBCR_PACKED_PLANAR_ROW
@@ -44,6 +49,13 @@ constexpr FormatPairs<ExtentOf> make_extents() {
 constexpr FormatPairs<ExtentOf> kExtents = make_extents();
 
 }  // namespace
+
+Extent to_v210_pair_extent(Format from, Format, const Call& c) {
+    Extent e;
+    for (QBYCBCRRgbType t : {0u, 1u, 2u, 3u, 0x8000u, 0x8002u})
+        e = widest(e, fromrgb::to_v210_extent(from, c, t));
+    return e;
+}
 
 Extent to_rgb_pair_extent(Format from, Format to, const Call& c) {
     Extent e;
@@ -100,11 +112,17 @@ extern "C" CYCBCR_API unsigned int cycbcr_converter_buffer_sizes(
             }
         for (const FromRgbConverterRow& r : kFromRgbConverterRows)
             if (!known && std::strcmp(r.name, name) == 0) {
-                e = fromrgb::from_rgb_extent(r.from, r.to, c, matrix, rgbType, 0, !r.pair);
+                e = r.to == Format::V210
+                        ? fromrgb::to_v210_extent(r.from, c, rgbType)
+                        : fromrgb::from_rgb_extent(r.from, r.to, c, matrix, rgbType, 0, !r.pair);
                 known = true;
             }
         if (!known) {
             const Extent other = fromrgb::other_extent(name, c, rgbType, &known);
+            if (known) e = other;
+        }
+        if (!known) {
+            const Extent other = fromrgb::to_v210_other_extent(name, c, &known);
             if (known) e = other;
         }
         if (!known && std::strcmp(name, "cycbcr_RGB64_to_uyvy") == 0) {

@@ -48,5 +48,7 @@ Extent v210_extent(Format from, Format to, const Call& c);
 Extent to_rgb_pair_extent(Format from, Format to, const Call& c);
 // RGB to 8-bit YCbCr (fromrgb/from_rgb.h): the widest over every matrix and type.
 Extent from_rgb_pair_extent(Format from, Format to, const Call& c);
+// RGB to v210 (fromrgb/to_v210.h): the widest over every RGB type.
+Extent to_v210_pair_extent(Format from, Format to, const Call& c);
 
 }  // namespace cycbcr

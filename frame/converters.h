@@ -4,6 +4,7 @@
 #pragma once
 
 #include "fromrgb/from_rgb_list.h"
+#include "fromrgb/to_v210_list.h"
 #include "torgb/to_rgb_list.h"
 #include "ycbcr10/v210_list.h"
 #include "ycbcr8/byte_order_list.h"
@@ -75,7 +76,8 @@ struct FromRgbConverterRow {
     bool alias;
 };
 constexpr FromRgbConverterRow kFromRgbConverterRows[] = {
-    CYCBCR_FROM_RGB_CONVERTERS(CYCBCR_PAIR_ROW) CYCBCR_FROM_RGB_AVX2_FORMS(CYCBCR_FORM_ROW)};
+    CYCBCR_FROM_RGB_CONVERTERS(CYCBCR_PAIR_ROW) CYCBCR_FROM_RGB_AVX2_FORMS(CYCBCR_FORM_ROW)
+        CYCBCR_TO_V210_CONVERTERS(CYCBCR_PAIR_ROW)};
 #undef CYCBCR_PAIR_ROW
 #undef CYCBCR_FORM_ROW
 #undef CYCBCR_ROW_IS_BODY

@@ -33,6 +33,7 @@ constexpr FormatPairs<cycbcr_from_rgb_converter> make_from_rgb_pairs() {
     FormatPairs<cycbcr_from_rgb_converter> t;
 #define CYCBCR_PAIR_ROW(name, form, from, to, ...) t(Format::from, Format::to) = name;
     CYCBCR_FROM_RGB_PAIRS(CYCBCR_PAIR_ROW)
+    CYCBCR_TO_V210_PAIRS(CYCBCR_PAIR_ROW)
 #undef CYCBCR_PAIR_ROW
     return t;
 }

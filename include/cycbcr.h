@@ -1026,6 +1026,96 @@ CYCBCR_FROM_RGB_ENGINE(FromRGB_avx2);
 CYCBCR_FROM_RGB_ENGINE(FromRGBInt);
 CYCBCR_FROM_RGB_ENGINE(FromRGBInt_avx2);
 
+/* ------------------------------------------------------------------------ */
+/* RGB to v210                                                               */
+/* ------------------------------------------------------------------------ */
+
+/* RGB frames to 10-bit packed 4:2:2 v210 ("012v"): each group of six pixels is
+ * four little-endian words of three 10-bit samples, Cb0 Y0 Cr0 / Y1 Cb2 Y2 /
+ * Cr2 Y3 Cb4 / Y4 Cr4 Y5, bits 30-31 zero. Destination rows are dstPitch apart
+ * (not widened to the natural v210 row); the sources and the bottom-up flag of
+ * rgbType are those of the RGB to 8-bit YCbCr converters above.
+ *
+ * Weights by matrix (1 to 9 have rows of their own; 10 and every other value
+ * the BT.601 default row): for 8-bit RGB the forward table x 40,000, truncated
+ * (default Cr weight of B -2839), luma offset 64 where the forward table has
+ * 16 (and in the default row), else 0; for 16-bit RGB x 10,000, truncated
+ * (default -709); for 10-bit RGB the forward table in millionths.
+ *
+ * The filtered engine v210FromRGB, per row:
+ *   per pixel Y = (weights . RGB) / 10000 truncated toward zero + offset, at
+ *   most 1023; Cb, Cr = (weights . RGB) / 10000 truncated + 512, clamped to
+ *   0..1023 (no rounding step anywhere);
+ *   the chroma of pair k = (C(2k-1) + 2 C(2k) + 2 C(2k+1) + C(2k+2)) / 6 over
+ *   the clamped per-pixel values, C(-1) = 512 at the left edge; the last whole
+ *   group's last pair takes its own last pixel as right neighbour (C(2k+2)
+ *   replaced by C(2k+1)) even when a partial group follows;
+ *   width / 6 whole groups of 16 bytes; then, when width % 6 is 2 or more, one
+ *   more pair only, in two words: (C(-1) + 2 C(0) + 2 C(1)) / 5 for Cb and Cr
+ *   (C(-1) the previous group's last pixel, or 512), Y0 and Cr in the first
+ *   word, Y1 alone in the low field of the second. Pixels 3 to 5 of a partial
+ *   group, and a lone pixel, are neither read nor written: each row writes
+ *   (width / 6) * 16 bytes, plus 8 when width % 6 >= 2.
+ * v210FromRGBNoFilter: the 8-bit weights with luma offset 16 (not 64) where
+ *   the filtered engine has 64; chroma of pixels 0, 2, 4 of each group, no
+ *   filter; (width + 5) / 6 groups, the last one written to its second word
+ *   when it ends at pixel 0 or 1, its third at pixel 2 or 3, whole beyond.
+ *   Fields of pixels past the width are 0 and those pixels are never read.
+ * v210FromRGB: at level 5 on an AVX2 processor v210FromRGB_avx2, else its own
+ *   plain rows. v210FromRGB_avx2 converts 24- and 32-bit pixels with AVX2 (the
+ *   same bytes as the plain rows) and every other count through v210FromRGB's
+ *   plain rows (never back to v210FromRGB). bitsPerPixel: 32 reads 4-byte
+ *   pixels, every other value 3-byte pixels.
+ * All three return height * dstPitch (64-bit), also for height 0. */
+#define CYCBCR_TO_V210_ENGINE(name)                                                               \
+    CYCBCR_API uint64_t name(uint8_t* dst, const uint8_t* src, unsigned int width,               \
+                             unsigned int height, unsigned int dstPitch, unsigned int srcPitch,  \
+                             QBYCBCRMatrix matrix, QBYCBCRRgbType rgbType,                       \
+                             unsigned int bitsPerPixel)
+CYCBCR_TO_V210_ENGINE(v210FromRGB);
+CYCBCR_TO_V210_ENGINE(v210FromRGBNoFilter);
+CYCBCR_TO_V210_ENGINE(v210FromRGB_avx2);
+
+/* 24- and 32-bit RGB to v210: choose a processor level when none is chosen,
+ * then v210FromRGB with 24 or 32 bits per pixel. cycbcr_transcode takes
+ * cycbcr_RGB32_to_012v for RGB (code 0) to "v210"/"012v". Destination:
+ * (height - 1) * dstPitch + (width / 6) * 16 (+ 8 when width % 6 >= 2) bytes. */
+CYCBCR_FROM_RGB_CONVERTER(cycbcr_RGB24_to_012v);
+CYCBCR_FROM_RGB_CONVERTER(cycbcr_RGB32_to_012v);
+
+/* 16-bit RGB (little-endian words, the whole word in the sums) to v210 as
+ * v210FromRGB, with bitsPerPixel 32 or 64 for 4-word pixels (R, G, B at words
+ * 2, 1, 0 for layout 0 and unknown layouts, 3, 2, 1 for 1, 0, 1, 2 for 2, 1,
+ * 2, 3 for 3), any other value 3-word pixels (0, 1, 2 for layouts 2 and 3,
+ * else 2, 1, 0). Sums over 640,000: Y one up when the remainder exceeds
+ * 320,000; Cb one up past 288,000 (sums >= 0) or one down below -160,000
+ * (negative sums); Cr +-320,000. Source row offsets are rounded down to even.
+ * Chooses a level when none is chosen; returns height * dstPitch. */
+CYCBCR_API uint64_t cycbcr_RGB64_to_012v(uint8_t* dst, const uint8_t* src, unsigned int width,
+                                         unsigned int height, unsigned int dstPitch,
+                                         unsigned int srcPitch, QBYCBCRMatrix matrix,
+                                         QBYCBCRRgbType rgbType, unsigned int bitsPerPixel);
+
+/* 10-bit RGB (one little-endian 32-bit word a pixel: G in bits 12-21; R in
+ * bits 22-31 and B in bits 2-11 for layouts 2 and 3, the other way round for
+ * every other layout; bits 0-1 unused) to v210 as v210FromRGB, in millionths:
+ * Y one up when the remainder exceeds 500,000, Cb past 450,000 or below
+ * -250,000, Cr +-500,000, then the offset or 512 and the 0..1023 limits.
+ * Source row offsets are rounded down to a multiple of 4. Chooses a level when
+ * none is chosen; returns height * dstPitch. */
+CYCBCR_FROM_RGB_CONVERTER(cycbcr_RGB10_to_012v);
+
+/* The 10-bit key that goes with a v210 frame: byte 3 of each 4-byte source
+ * pixel, A * 4, or with bit 0 of `options` A * 876 / 255 + 64 (64..940); three
+ * keys a 32-bit word (bits 0-9, 10-19, 20-29), the fields of a short last word
+ * 0. Row r is written at byte (r * width * 4) / 3 of dst whatever dstPitch
+ * says ((width + 2) / 3 words a row, so rows of a width that is not a multiple
+ * of 3 overlap, later rows over earlier). Returns height * width * 4 / 3. */
+CYCBCR_API uint64_t cycbcr_RGB32_to_012v_Alpha(uint8_t* dst, const uint8_t* src,
+                                               unsigned int width, unsigned int height,
+                                               unsigned int dstPitch, unsigned int srcPitch,
+                                               uint8_t options, QBYCBCRRgbType rgbType);
+
 #ifdef __cplusplus
 } /* extern "C" */
 

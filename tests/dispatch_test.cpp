@@ -223,7 +223,8 @@ TEST(Transcode, FirstCallChoosesTheLevel) {
 
 // Pairs with RGB (code 0) on one side: every YCbCr source but v210 reaches its
 // 32-bit converter ("422P" as P422), with matrix and rgbType passed on; v210 to
-// RGB and RGB to anything are refused without a write.
+// RGB is refused without a write, RGB to every destination but RGB and "422P"
+// reaches its converter.
 TEST(TranscodeRgb, SourcesReachTheirRgb32Converters) {
     const RgbConverter want[RGB] = {nullptr,
                                     cycbcr_i420_to_rgb32,
@@ -241,9 +242,9 @@ TEST(TranscodeRgb, SourcesReachTheirRgb32Converters) {
         EXPECT_EQ(cycbcr_pair_converter(0, code), nullptr) << std::hex << code;
         EXPECT_EQ(cycbcr_pair_converter(code, 0), nullptr) << std::hex << code;
         if (fn == nullptr) expect_refused(0, code, {36, 3, 0, 0});
-        // From RGB: the RGB32 converter of every 8-bit format; v210, RGB and
-        // "422P" (never a destination) refused in this build.
-        const bool none = fmt == RGB || fmt == V210 || code == k422P;
+        // From RGB: the RGB32 converter of every 8-bit format and of v210; RGB
+        // and "422P" (never a destination) refused.
+        const bool none = fmt == RGB || code == k422P;
         const FromRgbConverter back = none ? nullptr : kFromRgb[fmt];
         EXPECT_NE(none, back != nullptr) << std::hex << code;
         EXPECT_EQ(cycbcr_from_rgb_pair_converter(code), back) << std::hex << code;
