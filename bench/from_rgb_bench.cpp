@@ -27,6 +27,9 @@
 #include "bench_support.h"
 #include "frame/geometry.h"
 
+#ifdef CYCBCR_BENCH_SWS
+#include "sws_v210_chain.h"
+#endif
 #ifdef CYCBCR_BENCH_LIBYUV
 #include <libyuv/convert.h>
 #include <libyuv/convert_from_argb.h>
@@ -132,7 +135,8 @@ void register_from_rgb_benchmarks() {
         "every 24-bit source >= 0.5 x libyuv (24-bit: RGB24ToI420 frame for frame); the\n"
         "image-library route of RGB32_to_uyvy, timed at level 4 (in the level 5 column of its "
         "row), >= libyuv. libyuv averages chroma,\nwe take the even pixel: checked within "
-        "3 units on a smooth frame.");
+        "3 units on a smooth frame. BGRA to v210 >= 2 x libswscale (BGRA -> yuv422p10le) "
+        "followed by FFmpeg's v210 encoder.");
     for (const FrameSize& size : kFrameSizes) {
         std::set<std::string> peers;
         for (const cycbcr::FromRgbConverterRow& r : cycbcr::kFromRgbConverterRows) {
@@ -159,7 +163,7 @@ void register_from_rgb_benchmarks() {
             bool perFrame = false;
             for (const PeerDef& p : kPeers)
                 if (p.from == r.from && p.to == r.to) peer = &p;
-            if (peer == nullptr && r.pair) {
+            if (peer == nullptr && r.pair && r.to != Format::V210) {
                 // 24-bit rows against RGB24ToI420, 64-bit against ARGBToUYVY.
                 const Format alt = r.from == Format::RGB24 ? Format::I420 : Format::UYVY;
                 const Format altFrom = r.from == Format::RGB24 ? Format::RGB24 : Format::RGB32;
@@ -187,8 +191,17 @@ void register_from_rgb_benchmarks() {
             const bool to422 = r.to == Format::UYVY || r.to == Format::P422;
             if (r.pair && r.from == Format::RGB32 && to422 && !perFrame)
                 row.peer_target = 1.00;
-            else if (r.pair && (r.from == Format::RGB24 || r.to == Format::I420))
+            else if (r.pair && r.to != Format::V210 &&
+                     (r.from == Format::RGB24 || r.to == Format::I420))
                 row.peer_target = 0.50;
+#endif
+#ifdef CYCBCR_BENCH_SWS
+            // BGRA to v210 against libswscale's yuv422p10le and the v210 encoder.
+            if (r.pair && r.from == Format::RGB32 && r.to == Format::V210) {
+                row.peer = register_sws_v210_chain(size, shape.moved);
+                row.peer_label = "sws+v210enc";
+                row.peer_target = 2.00;
+            }
 #endif
             add_summary_row(std::move(row));
         }
