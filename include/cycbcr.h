@@ -1090,7 +1090,9 @@ CYCBCR_FROM_RGB_CONVERTER(cycbcr_RGB32_to_012v);
  * else 2, 1, 0). Sums over 640,000: Y one up when the remainder exceeds
  * 320,000; Cb one up past 288,000 (sums >= 0) or one down below -160,000
  * (negative sums); Cr +-320,000. Source row offsets are rounded down to even.
- * Chooses a level when none is chosen; returns height * dstPitch. */
+ * Chooses a level when none is chosen; returns height * dstPitch. At level 5
+ * on an AVX2 processor the filter and the packing run vector rows (the same
+ * bytes), here and in cycbcr_RGB10_to_012v. */
 CYCBCR_API uint64_t cycbcr_RGB64_to_012v(uint8_t* dst, const uint8_t* src, unsigned int width,
                                          unsigned int height, unsigned int dstPitch,
                                          unsigned int srcPitch, QBYCBCRMatrix matrix,
