@@ -165,8 +165,9 @@ int run_convert(Args args) {
     // An RGB source: a depth, or the code 0 (rgb32).
     const std::optional<RgbDepth> rgb = resolve_rgb(from_text);
     if (rgb && !rgb_convertible_source(*rgb)) {
-        throw ToolError(std::string("convert: ") + rgb_depth_name(*rgb) +
-                        " is not a source convert reads (rgb24, rgb32, rgb48, rgb64, rgb32f)");
+        throw ToolError(
+            std::string("convert: ") + rgb_depth_name(*rgb) +
+            " is not a source convert reads (rgb24, rgb32, rgb48, rgb64, rgb32f, rgb10)");
     }
     const FormatCode* from = rgb ? nullptr : &resolve_source(from_text);
     const std::string from_name = rgb ? rgb_depth_name(*rgb) : code_text(from->value);

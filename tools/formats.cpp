@@ -319,6 +319,8 @@ const char* rgb_depth_name(RgbDepth depth) {
             return "rgb64";
         case RgbDepth::Rgb32F:
             return "rgb32f";
+        case RgbDepth::Rgb10:
+            return "rgb10";
     }
     return "?";
 }
@@ -331,6 +333,7 @@ uint32_t rgb_pixel_bytes(RgbDepth depth) {
         case RgbDepth::Rgb24:
             return 3;
         case RgbDepth::Rgb32:
+        case RgbDepth::Rgb10:
             return 4;
         case RgbDepth::Rgb48:
             return 6;
@@ -360,7 +363,7 @@ bool rgb_convertible_source(RgbDepth depth) {
 std::optional<RgbDepth> parse_rgb_depth(std::string_view text) {
     static constexpr RgbDepth kEvery[] = {RgbDepth::Rgb555, RgbDepth::Rgb565, RgbDepth::Rgb24,
                                           RgbDepth::Rgb32,  RgbDepth::Rgb48,  RgbDepth::Rgb64,
-                                          RgbDepth::Rgb32F};
+                                          RgbDepth::Rgb32F, RgbDepth::Rgb10};
     for (const RgbDepth depth : kEvery) {
         const std::string_view name = rgb_depth_name(depth);
         if (name.size() != text.size()) continue;

@@ -104,13 +104,16 @@ FrameLayout source_layout(Format format, uint32_t width, uint32_t height);
 std::vector<PlaneRows> source_planes(Format format, uint32_t width, uint32_t height);
 
 // The RGB pixel sizes the command knows. It writes the first four (and
-// previews read them); rgb24, rgb32 and the last three are the sources it
+// previews read them); rgb24, rgb32 and the last four are the sources it
 // converts to YCbCr: rgb48 and rgb64 pixels are three or four little-endian
-// 16-bit words, rgb32f pixels four native (little-endian) 32-bit floats.
+// 16-bit words, rgb32f pixels four native (little-endian) 32-bit floats,
+// rgb10 pixels one little-endian 32-bit word of three 10-bit channels (G in
+// bits 12-21; R in bits 22-31 and B in bits 2-11 for the rgba and argb
+// layouts, the other way round for bgra and abgr; bits 0-1 unused).
 // Frames have their rows tightly packed: width * rgb_pixel_bytes() bytes each.
-enum class RgbDepth { Rgb555, Rgb565, Rgb24, Rgb32, Rgb48, Rgb64, Rgb32F };
+enum class RgbDepth { Rgb555, Rgb565, Rgb24, Rgb32, Rgb48, Rgb64, Rgb32F, Rgb10 };
 
-// "rgb555", "rgb565", "rgb24", "rgb32", "rgb48", "rgb64", "rgb32f".
+// "rgb555", "rgb565", "rgb24", "rgb32", "rgb48", "rgb64", "rgb32f", "rgb10".
 const char* rgb_depth_name(RgbDepth depth);
 uint32_t rgb_pixel_bytes(RgbDepth depth);
 
@@ -121,7 +124,7 @@ std::span<const RgbDepth> all_rgb_depths();
 bool rgb_writable(RgbDepth depth);
 
 // Whether 'cycbcr convert' reads the depth as a source: rgb24, rgb32, rgb48,
-// rgb64, rgb32f.
+// rgb64, rgb32f, rgb10.
 bool rgb_convertible_source(RgbDepth depth);
 
 // The depth named by text, compared without regard to case ("rgb24", "RGB24");

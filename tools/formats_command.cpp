@@ -60,7 +60,8 @@ int run_formats(Args args) {
     std::puts(
         "\n  RGB destinations are named by depth: rgb555, rgb565, rgb24, rgb32 (code 0),\n"
         "  in the layout --rgb-type gives (see cycbcr --help). RGB sources: rgb24,\n"
-        "  rgb32 (code 0), rgb48, rgb64, rgb32f, each to the formats of the rgb32 row.");
+        "  rgb32 (code 0), rgb48, rgb64, rgb32f, each to the formats of the rgb32 row,\n"
+        "  and rgb10, to v210 only.");
 
     // YCbCr columns, then one per RGB depth; the RGB format's own column is
     // the rgb32 one.

@@ -55,8 +55,15 @@ const FormatCode& uyvy_code() {
 
 bool command_converts_from_rgb(uint32_t to_code) {
     const FormatCode* to = find_code(to_code);
-    return to != nullptr && !to->source_only && is_8bit_ycbcr(to->format) &&
+    return to != nullptr && !to->source_only &&
+           (is_8bit_ycbcr(to->format) || to->format == Format::V210) &&
            cycbcr_from_rgb_pair_converter(to_code) != nullptr;
+}
+
+bool rgb_depth_converts_to(RgbDepth depth, Format to) {
+    if (!rgb_convertible_source(depth)) return false;
+    if (to == Format::V210) return true;
+    return depth != RgbDepth::Rgb10 && is_8bit_ycbcr(to);
 }
 
 // The routes, by depth:
@@ -74,6 +81,17 @@ bool command_converts_from_rgb(uint32_t to_code) {
 // is exactly the file frame. The buffers are as long as the library says its
 // calls reach; where it gives no size for a call, the frames themselves,
 // which is as far as those converters go at even sizes.
+//
+// To v210: rgb32 through cycbcr_transcode (RGB to "v210"/"012v", which calls
+// cycbcr_RGB32_to_012v), rgb24 through cycbcr_RGB24_to_012v, rgb48 and rgb64
+// through cycbcr_RGB64_to_012v with 48 or 64 bits per pixel (the whole 16-bit
+// words), rgb10 through cycbcr_RGB10_to_012v, rgb32f through its UYVY frame
+// and the library's UYVY to v210 converter. The converters from RGB write
+// each row at the pitch they are given, which is the file's v210 row
+// (v210_row_bytes()), and no further than (width / 6) * 16 bytes, + 8 for a
+// last pixel pair: of a partial group they write the first pair only. So the
+// width must be a whole number of groups, or 2 pixels more; the rest of each
+// row, past the last pixels, stays zero.
 FromRgbConverter::FromRgbConverter(RgbDepth depth, const FormatCode& to, uint32_t width,
                                    uint32_t height, QBYCBCRMatrix matrix, QBYCBCRRgbType rgb_type)
     : depth_(depth),
@@ -85,12 +103,28 @@ FromRgbConverter::FromRgbConverter(RgbDepth depth, const FormatCode& to, uint32_
     const std::string from_name = rgb_depth_name(depth);
     if (!rgb_convertible_source(depth)) {
         throw ToolError("convert: " + from_name +
-                        " is not a source convert reads (rgb24, rgb32, rgb48, rgb64, rgb32f)");
+                        " is not a source convert reads (rgb24, rgb32, rgb48, rgb64, rgb32f, "
+                        "rgb10)");
     }
-    if (!is_8bit_ycbcr(to.format) || to.source_only) {
+    const bool v210 = to.format == Format::V210;
+    if ((!is_8bit_ycbcr(to.format) && !v210) || to.source_only) {
         throw ToolError("converting " + from_name + " to " + format_name(to.format) +
                         " is not supported: RGB converts to the 8-bit YCbCr formats UYVY, YUY2, "
-                        "YVYU, cyuv, I420, YV12 and P422");
+                        "YVYU, cyuv, I420, YV12 and P422, and to v210");
+    }
+    if (!rgb_depth_converts_to(depth, to.format)) {
+        throw ToolError("converting rgb10 to " + std::string(format_name(to.format)) +
+                        " is not supported: the library converts 10-bit RGB to v210 only");
+    }
+    // The converters to v210 write whole groups of six pixels and, of a
+    // partial group, its first pixel pair only: any other pixel past the
+    // last whole group would be left unwritten, a damaged picture, so the
+    // width is refused. rgb32f goes through UYVY (below).
+    if (v210 && depth != RgbDepth::Rgb32F && width % 6 != 0 && width % 6 != 2) {
+        throw ToolError("convert: " + from_name +
+                        " to v210 is written in whole groups of 6 pixels and one last pixel "
+                        "pair: the width must be a multiple of 6 or 2 more, not " +
+                        std::to_string(width));
     }
     // The library converts whole pixel pairs: an odd last pixel would be
     // neither read nor written, a damaged picture, so it is refused.
@@ -128,16 +162,27 @@ FromRgbConverter::FromRgbConverter(RgbDepth depth, const FormatCode& to, uint32_
                                 std::to_string(width) + "-pixel frame");
             }
             break;
-        case RgbDepth::Rgb24: {
-            const Rgb24Entry& e = *rgb24_entry(to.format);
-            route_ = Route::Rgb24;
-            rgb24_ = e.convert;
-            name = e.name;
+        case RgbDepth::Rgb24:
+            if (v210) {
+                route_ = Route::Rgb24V210;
+                name = "cycbcr_RGB24_to_012v";
+            } else {
+                const Rgb24Entry& e = *rgb24_entry(to.format);
+                route_ = Route::Rgb24;
+                rgb24_ = e.convert;
+                name = e.name;
+            }
             break;
-        }
+        case RgbDepth::Rgb10:
+            route_ = Route::Rgb10V210;
+            name = "cycbcr_RGB10_to_012v";
+            break;
         case RgbDepth::Rgb48:
         case RgbDepth::Rgb64:
-            if (to.format == Format::P422) {
+            if (v210) {
+                route_ = Route::Rgb64V210;
+                name = "cycbcr_RGB64_to_012v";
+            } else if (to.format == Format::P422) {
                 route_ = Route::Rgb64P422;
                 name = "cycbcr_RGB64_to_p422";
             } else {
@@ -163,8 +208,11 @@ FromRgbConverter::FromRgbConverter(RgbDepth depth, const FormatCode& to, uint32_
         cycbcr_buffer_sizes(to.value, CYCBCR_FOURCC_RGB32, width, height, dst_pitch_, src_pitch_,
                             &dst_bytes, &src_bytes);
     } else {
-        cycbcr_converter_buffer_sizes(name, width, height, dst_pitch_, src_pitch_, matrix, rgb_type,
-                                      &dst_bytes, &src_bytes);
+        if (!cycbcr_converter_buffer_sizes(name, width, height, dst_pitch_, src_pitch_, matrix,
+                                           rgb_type, &dst_bytes, &src_bytes) &&
+            v210) {
+            throw ToolError(std::string("the library gives no buffer sizes for ") + name);
+        }
     }
     const uint64_t written = writes == to.format ? result_bytes_ : uint64_t{dst_pitch_} * height;
     src_ = zeroed(std::max(source_bytes_, src_bytes));
@@ -204,6 +252,18 @@ std::span<const uint8_t> FromRgbConverter::convert() {
         case Route::FloatUyvy:
             cycbcr_RGB32F_to_uyvy(dst, src, width_, height_, dst_pitch_, src_pitch_, matrix_,
                                   rgb_type_);
+            break;
+        case Route::Rgb24V210:
+            cycbcr_RGB24_to_012v(dst, src, width_, height_, dst_pitch_, src_pitch_, matrix_,
+                                 rgb_type_);
+            break;
+        case Route::Rgb64V210:
+            cycbcr_RGB64_to_012v(dst, src, width_, height_, dst_pitch_, src_pitch_, matrix_,
+                                 rgb_type_, depth_ == RgbDepth::Rgb48 ? 48 : 64);
+            break;
+        case Route::Rgb10V210:
+            cycbcr_RGB10_to_012v(dst, src, width_, height_, dst_pitch_, src_pitch_, matrix_,
+                                 rgb_type_);
             break;
     }
     if (after_) {

@@ -14,20 +14,28 @@
 namespace cycbcr_tool {
 
 // Whether 'cycbcr convert' converts RGB to the code: an 8-bit YCbCr format
-// (UYVY, YUY2, YVYU, cyuv, I420, YV12, P422) the library's dispatcher has a
-// converter from RGB to.
+// (UYVY, YUY2, YVYU, cyuv, I420, YV12, P422) or v210 the library's dispatcher
+// has a converter from RGB to.
 bool command_converts_from_rgb(uint32_t to_code);
 
-// Converts RGB frames of one depth (rgb24, rgb32, rgb48, rgb64, rgb32f), rows
-// tightly packed, in one layout, to the standard frame of an 8-bit YCbCr
-// format with one matrix. The library's converters from RGB convert whole
-// pixel pairs only, so the width must be even (and the height too for I420
-// and YV12). The routes (see from_rgb_conversions.cpp) are settled in the
-// constructor.
+// Whether the depth converts to the format: every source depth to v210, all
+// but rgb10 (which the library converts to v210 only) to the 8-bit formats.
+bool rgb_depth_converts_to(RgbDepth depth, Format to);
+
+// Converts RGB frames of one depth (rgb24, rgb32, rgb48, rgb64, rgb32f,
+// rgb10), rows tightly packed, in one layout, to the standard frame of an
+// 8-bit YCbCr format or v210 with one matrix. The library's converters to the
+// 8-bit formats convert whole pixel pairs only, so the width must be even
+// (and the height too for I420 and YV12); those to v210 write whole groups of
+// six pixels and, of a last partial group, its first pair only, so the width
+// must leave 0 or 2 pixels after its whole groups (rgb32f, which goes through
+// UYVY, any even width). The routes (see from_rgb_conversions.cpp) are
+// settled in the constructor.
 class FromRgbConverter : public Converter {
   public:
-    // Throws ToolError for a depth or destination it does not convert, an odd
-    // width (or an odd height to 4:2:0), or a frame too large.
+    // Throws ToolError for a depth or destination it does not convert, a
+    // width the converters would not write whole (or an odd height to 4:2:0),
+    // or a frame too large.
     FromRgbConverter(RgbDepth depth, const FormatCode& to, uint32_t width, uint32_t height,
                      QBYCBCRMatrix matrix, QBYCBCRRgbType rgb_type);
     ~FromRgbConverter() override;
@@ -39,7 +47,16 @@ class FromRgbConverter : public Converter {
     std::span<const uint8_t> convert() override;
 
   private:
-    enum class Route { Transcode, Rgb24, Rgb64Uyvy, Rgb64P422, FloatUyvy };
+    enum class Route {
+        Transcode,
+        Rgb24,
+        Rgb64Uyvy,
+        Rgb64P422,
+        FloatUyvy,
+        Rgb24V210,
+        Rgb64V210,
+        Rgb10V210
+    };
 
     RgbDepth depth_;
     uint32_t to_code_;

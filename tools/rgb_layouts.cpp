@@ -100,6 +100,16 @@ uint8_t widen6(uint32_t v) {
     return static_cast<uint8_t>(v << 2 | v >> 4);
 }
 
+// 8 bits to 10 by repeating the top bits (255 -> 1023, 191 -> 766), which
+// give back the 8-bit value when the 10-bit one is cut to its top 8.
+uint32_t widen10(uint32_t v) {
+    return v << 2 | v >> 6;
+}
+
+uint32_t load_le32(const uint8_t* p) {
+    return p[0] | uint32_t{p[1]} << 8 | uint32_t{p[2]} << 16 | uint32_t{p[3]} << 24;
+}
+
 // A native float, clamped to 0..1 (NaN as 0) and scaled to 0..255, rounded.
 uint8_t float_to_8bit(const uint8_t* bytes) {
     float v = 0;
@@ -203,8 +213,10 @@ std::string rgb_type_help() {
            "  top bit 0) or 5, 6, 5 bits, each channel's top bits kept. Alpha is 255.\n"
            "  Sources only: rgb48 (R, G, B little-endian 16-bit words, B G R for bgra,\n"
            "  R G B for rgba; abgr and argb are refused, rgb48 has no alpha), rgb64 (four\n"
-           "  16-bit words in the rgb32 order) and rgb32f (four native 32-bit floats in\n"
-           "  the rgb32 order, 0.0 to 1.0).\n";
+           "  16-bit words in the rgb32 order), rgb32f (four native 32-bit floats in\n"
+           "  the rgb32 order, 0.0 to 1.0) and rgb10 (one little-endian 32-bit word of\n"
+           "  10-bit channels: G in bits 12-21, R in bits 22-31 and B in bits 2-11 for\n"
+           "  rgba and argb, B in 22-31 and R in 2-11 for bgra and abgr; bits 0-1 unused).\n";
 }
 
 void rgb_row_to_rgb24(RgbDepth depth, QBYCBCRRgbType type, const uint8_t* src, uint8_t* dst,
@@ -254,6 +266,14 @@ void rgb_row_to_rgb24(RgbDepth depth, QBYCBCRRgbType type, const uint8_t* src, u
                 first = float_to_8bit(p);
                 green = float_to_8bit(p + 4);
                 last = float_to_8bit(p + 8);
+                break;
+            }
+            case RgbDepth::Rgb10: {
+                // The top 8 of each 10-bit field, from the top field down.
+                const uint32_t word = load_le32(src + 4 * size_t{x});
+                first = static_cast<uint8_t>(word >> 24);
+                green = static_cast<uint8_t>(word >> 14);
+                last = static_cast<uint8_t>(word >> 4);
                 break;
             }
         }
@@ -321,6 +341,13 @@ void rgba_row_to_rgb(RgbDepth depth, QBYCBCRRgbType type, const uint8_t* src, ui
                                         alpha ? c[2] : a};
                 std::memcpy(p, pixel, sizeof pixel);
                 dst += 16;
+                break;
+            }
+            case RgbDepth::Rgb10: {
+                const uint32_t word =
+                    widen10(first) << 22 | widen10(green) << 12 | widen10(last) << 2;
+                for (int b = 0; b < 4; ++b) dst[b] = static_cast<uint8_t>(word >> (8 * b));
+                dst += 4;
                 break;
             }
         }

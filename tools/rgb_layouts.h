@@ -42,8 +42,9 @@ std::string rgb_type_help();
 // One row of `width` pixels of the depth and layout, as 8-bit R, G, B bytes
 // (the row order, bottom-up or not, is the caller's). 5- and 6-bit channels
 // are widened by repeating their top bits (31 -> 255, 16 -> 132); 16-bit
-// words give their high byte; floats are clamped to 0..1 (NaN as 0), times
-// 255, rounded; alpha is dropped. rgb48 takes the rgb24 orders.
+// words give their high byte and 10-bit fields their top 8 bits; floats are
+// clamped to 0..1 (NaN as 0), times 255, rounded; alpha is dropped. rgb48
+// takes the rgb24 orders.
 void rgb_row_to_rgb24(RgbDepth depth, QBYCBCRRgbType type, const uint8_t* src, uint8_t* dst,
                       uint32_t width);
 
@@ -54,7 +55,8 @@ void rgb_row_to_rgb24(RgbDepth depth, QBYCBCRRgbType type, const uint8_t* src, u
 // computes into each depth, so a 32-bit frame of the engine repacked here is
 // the engine's frame of the other depth, byte for byte. The source-only
 // depths take each 8-bit value v as the 16-bit word v * 257 (rgb48 drops
-// alpha as rgb24 does) or the float v / 255.
+// alpha as rgb24 does), the float v / 255 or the 10-bit value v * 4 + v / 64
+// (rgb10 drops alpha, its bits 0-1 are 0).
 void rgba_row_to_rgb(RgbDepth depth, QBYCBCRRgbType type, const uint8_t* src, uint8_t* dst,
                      uint32_t width);
 

@@ -457,10 +457,10 @@ class FormatListing(ToolCase):
         built |= {("UYVY", "v210"), ("v210", "UYVY"), ("v210", "v210")}
         # Every YCbCr format to every RGB depth, v210 through YUY2.
         built |= {(a, b) for a in YCBCR for b in RGB_DEPTHS}
+        # RGB to every 8-bit YCbCr format and v210.
+        built |= {("rgb32", b) for b in eight_bit + ["v210"]}
         for pair in built:
             self.assertEqual(cells[pair], "yes", pair)
-        # RGB to every 8-bit YCbCr format.
-        built |= {("rgb32", b) for b in eight_bit}
         for depth in RGB_DEPTHS:
             self.assertEqual(cells[("rgb32", depth)], "-")
             self.assertEqual(cells[("NV12", depth)], "yes")
@@ -623,13 +623,15 @@ class Nv12Source(ToolCase):
                              (width, height, rgb[width * height * 3:]), size)
 
 class RgbSource(ToolCase):
-    """RGB sources converted to 8-bit YCbCr: the built-in bars in every depth
-    and layout, refusals of what the library cannot convert whole, and
-    previews of 16-bit and float pixels (hand-worked values). (Every depth,
-    format, layout and matrix against the library and the standards:
-    from_rgb_test.)"""
+    """RGB sources converted to 8-bit YCbCr and v210: the built-in bars in
+    every depth and layout, refusals of what the library cannot convert whole,
+    and previews of 16-bit, float and 10-bit pixels (hand-worked values).
+    (Every depth, format, layout and matrix against the library and the
+    standards: from_rgb_test.)"""
 
     DEPTHS = {"rgb24": 3, "rgb32": 4, "rgb48": 6, "rgb64": 8, "rgb32f": 16}
+    # The sources of v210: those above, and rgb10 (to v210 only).
+    V210_DEPTHS = dict(DEPTHS, rgb10=4)
     EIGHT_BIT = ["UYVY", "YUY2", "YVYU", "cyuv", "I420", "YV12", "P422"]
 
     def test_built_in_bars_in_every_depth_and_layout(self):
@@ -662,6 +664,83 @@ class RgbSource(ToolCase):
             self.assertEqual(res.returncode, 0, res.stderr.decode())
             self.assertRegex(res.stdout.decode(),
                              "^" + name + r" -> I420 16x4: frames=1 bytes=96 fnv1a64=")
+
+    def test_built_in_bars_to_v210_in_every_depth_and_layout(self):
+        # Bars of 12 pixels: the pair at a bar's middle (pixels 6 and 7) has
+        # its chroma filtered over pixels 5 to 8, all of that bar, so it holds
+        # the bar's 10-bit samples (191 / 255 is 0.749, not 0.75; 16-bit
+        # words are read as 1/64ths: within 6).
+        width = 96
+        for depth in self.V210_DEPTHS:
+            for layout in (["--rgb-type", "rgba"], [], ["--rgb-type", "abgr", "--bottom-up"],
+                           ["--rgb-type", "0x8003"]):
+                if depth == "rgb48" and layout[1:2] in (["abgr"], ["0x8003"]):
+                    layout = ["--rgb-type", "rgba,bottom-up"]
+                for code in ("v210", "012v"):
+                    res = run("convert", "--from", depth, "--to", code, "--size", f"{width}x2",
+                              "--out", self.path("bars.v210"), *layout)
+                    self.assertEqual(res.returncode, 0, (depth, layout, res.stderr.decode()))
+                    data = self.read("bars.v210")
+                    row = v210_row_bytes(width)
+                    self.assertEqual(len(data), 2 * row)
+                    for r in (0, 1):
+                        samples, top = v210_samples(data[r * row:(r + 1) * row])
+                        self.assertEqual(set(top), {0})
+                        for bar, want in enumerate(BARS_75_10):
+                            x = 12 * bar + 6
+                            got = (samples[2 * x + 1], samples[2 * x], samples[2 * x + 2])
+                            for g, w in zip(got, want):
+                                self.assertLessEqual(abs(g - w), 6, (depth, layout, bar, got))
+            # The preview of the same bars: the 75% bars in R, G, B.
+            res = run("preview", "--from", depth, "--size", "64x2", "--out",
+                      self.path("bars.png"), *layout)
+            self.assertEqual(res.returncode, 0, res.stderr.decode())
+            _, _, pixels = read_png(self.read("bars.png"))
+            self.assert_bars([pixels[24 * i:24 * i + 3] for i in range(8)])
+        res = run("convert", "--from", "rgb10", "--to", "012v", "--size", "48x2")
+        self.assertEqual(res.returncode, 0, res.stderr.decode())
+        self.assertRegex(res.stdout.decode(), r"^rgb10 -> 012v 48x2: frames=1 bytes=256 fnv1a64=")
+
+    def test_v210_widths_refused_and_nothing_written(self):
+        # The converters to v210 write whole groups of six pixels and one last
+        # pixel pair: any other width would leave pixels unwritten. rgb32f
+        # goes through UYVY: any even width.
+        for depth, size in self.V210_DEPTHS.items():
+            for w in (1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 50, 51, 53, 98):
+                whole = w % 2 == 0 if depth == "rgb32f" else w % 6 in (0, 2)
+                inp = self.write("in.rgb", bytes(size * w * 3))
+                before = sorted(os.listdir(self.dir))
+                for args in (["--in", inp], []):
+                    res = run("convert", "--from", depth, "--to", "v210", "--size", f"{w}x3",
+                              "--out", self.path("v.raw"), *args)
+                    err = res.stderr.decode()
+                    if whole:
+                        self.assertEqual(res.returncode, 0, (depth, w, err))
+                        self.assertEqual(len(self.read("v.raw")), v210_row_bytes(w) * 3)
+                        os.remove(self.path("v.raw"))
+                        continue
+                    self.assertEqual(res.returncode, 2, (depth, w, err))
+                    self.assertEqual(len(err.splitlines()), 1, err)
+                    self.assertIn("even width" if depth == "rgb32f" else "multiple of 6", err)
+                    self.assertEqual(sorted(os.listdir(self.dir)), before, (depth, w))
+
+    def test_v210_rows_end_after_the_last_pixels(self):
+        # 8 pixels: one group and a last pair, whose chroma and Y0 fill one
+        # word and Y1 the low field of the next; the rest of the 128-byte row
+        # is zero, and the samples come from the pixels asked for (white and
+        # black, BT.601 full range to studio: 940 and 64 at 10 bits).
+        white = bytes([255] * 3)
+        black = bytes(3)
+        data = (white * 6 + black * 2) * 2
+        out = self.convert("rgb24", "v210", "8x2", data)
+        self.assertEqual(len(out), 256)
+        for r in (0, 1):
+            samples, _ = v210_samples(out[128 * r:128 * (r + 1)])
+            self.assertTrue(all(abs(v - 940) <= 2 for v in samples[1:12:2]), samples[:12])
+            self.assertTrue(all(abs(v - 64) <= 2 for v in (samples[13], samples[15])),
+                            samples[12:16])
+            self.assertEqual(samples[16:], [0] * (len(samples) - 16))
+            self.assertEqual(out[128 * r + 24:128 * (r + 1)], bytes(104))
 
     def test_every_depth_to_every_8bit_format(self):
         for depth, size in self.DEPTHS.items():
@@ -736,6 +815,23 @@ class RgbSource(ToolCase):
         self.assertEqual(self.preview_bytes("rgb32f", "2x2", inp, "rgba,bottom-up"),
                          bytes([255, 0, 0] * 2 + [0, 0, 255] * 2))
 
+    def test_preview_of_10bit_pixels(self):
+        # Two pixels: R, G, B 0x3FF, 0x200, 0x003 then 0x155, 0x0FF, 0x2AA,
+        # bits 0-1 set (unused); the top 8 bits of each channel are shown. R
+        # lies in bits 22-31 for rgba and argb, in bits 2-11 for bgra and abgr.
+        def word(top, g, low):
+            return (top << 22 | g << 12 | low << 2 | 3).to_bytes(4, "little")
+
+        px = [(0x3FF, 0x200, 0x003), (0x155, 0x0FF, 0x2AA)]
+        want = bytes([0xFF, 0x80, 0x00, 0x55, 0x3F, 0xAA])
+        for layout, red_top in (("rgba", True), ("argb", True), ("bgra", False), ("abgr", False)):
+            data = b"".join(word(r, g, b) if red_top else word(b, g, r) for r, g, b in px)
+            inp = self.write("in.rgb", data)
+            self.assertEqual(self.preview_bytes("rgb10", "2x1", inp, layout), want, layout)
+            inp = self.write("in.rgb", bytes(len(data)) + data)
+            self.assertEqual(self.preview_bytes("rgb10", "2x2", inp, layout + ",bottom-up")[:6],
+                             want, layout)
+
     def preview_bytes(self, depth, size, inp, layout):
         res = run("preview", "--from", depth, "--size", size, "--in", inp, "--rgb-type", layout,
                   "--out", self.path("p.png"))
@@ -747,7 +843,10 @@ class RgbSource(ToolCase):
         for src, dst, extra, said in (
                 ("rgb48", "UYVY", ["--rgb-type", "argb"], "no alpha"),
                 ("rgb48", "UYVY", ["--rgb-type", "abgr,bottom-up"], "no alpha"),
-                ("rgb24", "v210", [], "8-bit YCbCr"),
+                ("rgb24", "v210", [], "multiple of 6"),
+                ("rgb10", "UYVY", [], "v210 only"),
+                ("rgb10", "I420", [], "v210 only"),
+                ("rgb10", "v210", ["--rgb-type", "rgba"], "multiple of 6"),
                 ("rgb24", "rgb32", [], "not supported"),
                 ("rgb32f", "NV12", [], "cannot be written"),
                 ("rgb565", "UYVY", [], "not a source"),
@@ -980,7 +1079,7 @@ class Refusals(ToolCase):
                           ("rgb24", ["--rgb-type", "bgra,top-down"]),
                           ("rgb24", ["--rgb-type", "bgra,"]), ("rgb24", ["--bottom-up=1"]),
                           ("rgb24", ["--bottom-up", "--bottom-up"]),
-                          ("rgb48", []), ("rgb", []),
+                          ("rgb48", []), ("rgb10", []), ("rgb", []),
                           ("UYVY", ["--matrix", "709"]), ("UYVY", ["--rgb-type", "rgba"]),
                           ("UYVY", ["--bottom-up"])):
             self.refuse(*self.convert_args(**{"--to": to}), *extra)
