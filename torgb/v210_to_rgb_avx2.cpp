@@ -1,12 +1,10 @@
-// AVX2 row kernels of the v210 to RGB engines: four groups (24 pixels) a step,
-// the same bytes as the plain kernels.
-//
-// Each step loads the four groups' words three times, eight words at a time,
-// and places every pixel's luma and its two chroma pairs (the same pair twice
-// for pixels 0, 2, 4) in 32-bit lanes with one permute and one variable shift
-// per sample: pixel order from the start, so no lane shuffles are needed later.
-// Luma and chroma go to 16-bit halves of each lane and meet their gains in
-// madd: every sum is exact in 32 bits.
+// AVX2 row kernels of the v210 to RGB engines, the same bytes as the plain
+// kernels. A run of groups is first split into 16-bit luma and chroma-pair rows
+// that stay in the cache (two groups a turn: a shuffle, a multiply and a shift);
+// then eight pixels at a time take their luma, their pair, and for each odd
+// pixel the truncated average with the next pair, straight into pixel order.
+// Luma and centred chroma meet in the 16-bit halves of each pixel's lane and
+// their gains in madd: every sum is exact in 32 bits.
 //
 // Divisions: family B's truncating division by 10000 (|sum| < 2^24) is a float
 // multiply by the float just above 1/10000 and a truncating conversion, as in
@@ -19,7 +17,7 @@
 // are saturating packs.
 #include <immintrin.h>
 
-#include <array>
+#include <algorithm>
 #include <bit>
 
 #include "platform/memory.h"
@@ -31,50 +29,8 @@ namespace {
 constexpr float kTenThousandth = std::bit_cast<float>(0x38D1B718u);
 constexpr float kFifth = std::bit_cast<float>(0x3E4CCCCDu);
 
-// Where each of a step's 24 pixels finds its samples: per 8-pixel block, a word
-// index relative to the block's first loaded word and a shift, for luma, the
-// left pair and the right pair (Cb and Cr).
-struct Place {
-    int32_t word[5][8];
-    int32_t shift[5][8];
-};
-constexpr int32_t kBase[3] = {0, 5, 9};  // first loaded word of each block
-constexpr std::array<Place, 3> make_places() {
-    std::array<Place, 3> t{};
-    constexpr int32_t yWord[6] = {0, 1, 1, 2, 3, 3}, yShift[6] = {10, 0, 20, 10, 0, 20};
-    constexpr int32_t cbWord[3] = {0, 1, 2}, cbShift[3] = {0, 10, 20};
-    constexpr int32_t crWord[3] = {0, 2, 3}, crShift[3] = {20, 0, 10};
-    for (int b = 0; b < 3; ++b)
-        for (int i = 0; i < 8; ++i) {
-            const int p = 8 * b + i, g = p / 6, k = p % 6;
-            const int left = p / 2, right = (p + 1) / 2;
-            t[b].word[0][i] = 4 * g + yWord[k] - kBase[b];
-            t[b].shift[0][i] = yShift[k];
-            t[b].word[1][i] = 4 * (left / 3) + cbWord[left % 3] - kBase[b];
-            t[b].shift[1][i] = cbShift[left % 3];
-            t[b].word[2][i] = 4 * (right / 3) + cbWord[right % 3] - kBase[b];
-            t[b].shift[2][i] = cbShift[right % 3];
-            t[b].word[3][i] = 4 * (left / 3) + crWord[left % 3] - kBase[b];
-            t[b].shift[3][i] = crShift[left % 3];
-            t[b].word[4][i] = 4 * (right / 3) + crWord[right % 3] - kBase[b];
-            t[b].shift[4][i] = crShift[right % 3];
-        }
-    return t;
-}
-constexpr std::array<Place, 3> kPlaces = make_places();
-// Every index stays within the eight loaded words (the last block's reach ends
-// at the word after the four groups).
-constexpr bool places_fit() {
-    for (const Place& p : kPlaces)
-        for (const auto& row : p.word)
-            for (int32_t w : row)
-                if (w < 0 || w > 7) return false;
-    return true;
-}
-static_assert(places_fit());
-
 struct Consts {
-    __m256i yOffset, chromaMid, low16, mask10;
+    __m256i yOffset, chromaMid;
     __m256i toR, toGa, toGc, toB;  // (luma, Cr') and (luma, Cb') lanes to sums
 };
 CYCBCR_INLINE __m256i pair16(int32_t lo, int32_t hi) {
@@ -83,42 +39,62 @@ CYCBCR_INLINE __m256i pair16(int32_t lo, int32_t hi) {
 }
 Consts consts_of(int32_t yOffset, int32_t yGain, int32_t crToR, int32_t crToG, int32_t cbToG,
                  int32_t cbToB) {
-    return {_mm256_set1_epi32(yOffset), _mm256_set1_epi32(512), _mm256_set1_epi32(0xFFFF),
-            _mm256_set1_epi32(0x3FF),   pair16(yGain, crToR),   pair16(yGain, -crToG),
-            pair16(0, -cbToG),          pair16(yGain, cbToB)};
+    return {_mm256_set1_epi32(yOffset), _mm256_set1_epi16(512), pair16(yGain, crToR),
+            pair16(yGain, -crToG),      pair16(0, -cbToG),      pair16(yGain, cbToB)};
 }
 
 struct Sums {
     __m256i r, g, b;
 };
 
-CYCBCR_INLINE __m256i sample(__m256i words, const int32_t (&word)[8], const int32_t (&shift)[8],
-                             __m256i mask) {
-    const __m256i w = _mm256_permutevar8x32_epi32(
-        words, _mm256_loadu_si256(reinterpret_cast<const __m256i*>(word)));
-    return _mm256_and_si256(
-        _mm256_srlv_epi32(w, _mm256_loadu_si256(reinterpret_cast<const __m256i*>(shift))), mask);
+// Splits `groups` groups (even) at src into 16-bit rows: luma y[0 .. 6 * groups)
+// and chroma pairs c[2k] = Cb, c[2k + 1] = Cr of pair k, followed by the pair
+// of the word after the groups (the read-ahead). Two groups a turn, one a lane:
+// one shuffle brings each sample's two bytes into a 16-bit lane, and a multiply
+// by 2^(6 - s) and a shift right by 6 keep its ten bits (s = 0, 2, 4: where the
+// sample starts in those bytes; bits 30-31 of a word fall out). Each turn's
+// stores reach 2 samples past its own, which the next turn (or the read-ahead
+// pair) rewrites; the rows have room for them.
+void split_groups(const uint8_t* src, uint32_t groups, uint16_t* y, uint16_t* c) {
+    const __m256i ySel = _mm256_setr_epi8(1, 2, 4, 5, 6, 7, 9, 10, 12, 13, 14, 15, -1, -1, -1, -1,
+                                          1, 2, 4, 5, 6, 7, 9, 10, 12, 13, 14, 15, -1, -1, -1, -1);
+    const __m256i cSel = _mm256_setr_epi8(0, 1, 2, 3, 5, 6, 8, 9, 10, 11, 13, 14, -1, -1, -1, -1, 0,
+                                          1, 2, 3, 5, 6, 8, 9, 10, 11, 13, 14, -1, -1, -1, -1);
+    const __m256i yMul = _mm256_setr_epi16(16, 64, 4, 16, 64, 4, 0, 0, 16, 64, 4, 16, 64, 4, 0, 0);
+    const __m256i cMul = _mm256_setr_epi16(64, 4, 16, 64, 4, 16, 0, 0, 64, 4, 16, 64, 4, 16, 0, 0);
+    for (uint32_t i = 0; i < groups; i += 2, src += 32, y += 12, c += 12) {
+        const __m256i v = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(src));
+        const __m256i ys =
+            _mm256_srli_epi16(_mm256_mullo_epi16(_mm256_shuffle_epi8(v, ySel), yMul), 6);
+        const __m256i cs =
+            _mm256_srli_epi16(_mm256_mullo_epi16(_mm256_shuffle_epi8(v, cSel), cMul), 6);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(y), _mm256_castsi256_si128(ys));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(y + 6), _mm256_extracti128_si256(ys, 1));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(c), _mm256_castsi256_si128(cs));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(c + 6), _mm256_extracti128_si256(cs, 1));
+    }
+    const uint32_t next = word_at(src, 0);
+    c[0] = static_cast<uint16_t>(next & 0x3FF);
+    c[1] = static_cast<uint16_t>((next >> 20) & 0x3FF);
 }
 
-// The three channel sums of block b of the step at src, in pixel order.
-CYCBCR_INLINE Sums block_sums(const uint8_t* src, int b, const Consts& k) {
-    const Place& p = kPlaces[b];
-    const __m256i words = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(src + 4 * kBase[b]));
-    const __m256i y = _mm256_sub_epi32(sample(words, p.word[0], p.shift[0], k.mask10), k.yOffset);
-    const __m256i cb =
-        _mm256_srli_epi32(_mm256_add_epi32(sample(words, p.word[1], p.shift[1], k.mask10),
-                                           sample(words, p.word[2], p.shift[2], k.mask10)),
-                          1);
-    const __m256i cr =
-        _mm256_srli_epi32(_mm256_add_epi32(sample(words, p.word[3], p.shift[3], k.mask10),
-                                           sample(words, p.word[4], p.shift[4], k.mask10)),
-                          1);
-    const __m256i yl = _mm256_and_si256(y, k.low16);
-    const __m256i a = _mm256_or_si256(yl, _mm256_slli_epi32(_mm256_sub_epi32(cr, k.chromaMid), 16));
-    const __m256i c = _mm256_or_si256(yl, _mm256_slli_epi32(_mm256_sub_epi32(cb, k.chromaMid), 16));
+// The three channel sums of eight pixels from the split rows: luma of pixels
+// 0..7 at y, their pairs from c (pair k of pixel 2k and 2k + 1, and the next
+// pair for each odd pixel's average), in pixel order.
+CYCBCR_INLINE Sums block_sums(const uint16_t* y, const uint16_t* c, const Consts& k) {
+    const __m256i luma = _mm256_sub_epi32(
+        _mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(y))), k.yOffset);
+    const __m128i own = _mm_loadu_si128(reinterpret_cast<const __m128i*>(c));
+    const __m128i next = _mm_loadu_si128(reinterpret_cast<const __m128i*>(c + 2));
+    const __m128i avg = _mm_srli_epi16(_mm_add_epi16(own, next), 1);
+    // Cb in the low half of each pixel's lane, Cr in the high half, centred.
+    const __m256i uv = _mm256_sub_epi16(
+        _mm256_set_m128i(_mm_unpackhi_epi32(own, avg), _mm_unpacklo_epi32(own, avg)), k.chromaMid);
+    const __m256i a = _mm256_blend_epi16(luma, uv, 0xAA);                         // (luma, Cr')
+    const __m256i b = _mm256_blend_epi16(luma, _mm256_slli_epi32(uv, 16), 0xAA);  // (luma, Cb')
     return {_mm256_madd_epi16(a, k.toR),
-            _mm256_add_epi32(_mm256_madd_epi16(a, k.toGa), _mm256_madd_epi16(c, k.toGc)),
-            _mm256_madd_epi16(c, k.toB)};
+            _mm256_add_epi32(_mm256_madd_epi16(a, k.toGa), _mm256_madd_epi16(b, k.toGc)),
+            _mm256_madd_epi16(b, k.toB)};
 }
 
 // The quotient of each arithmetic, not yet clamped.
@@ -217,38 +193,48 @@ CYCBCR_INLINE void store_plane(uint16_t* d, __m256i b0, __m256i b1, __m256i b2) 
         _mm256_castsi256_si128(_mm256_permute4x64_epi64(_mm256_packus_epi32(b2, b2), 0x08)));
 }
 
-Consts consts_for(Arith a, const Coeffs& c) {
+Consts consts_of_arith(Arith a, const Coeffs& c) {
     if (a == Arith::F)
         return consts_of(c.f.yOffset, c.f.k.yGain, c.f.k.crToR, c.f.k.crToG, c.f.k.cbToG,
                          c.f.k.cbToB);
     return consts_of(c.k.yOffset, c.k.yGain, c.k.crToR, c.k.crToG, c.k.cbToG, c.k.cbToB);
 }
 
-// Steps of four groups while a whole group follows them (their last pixel's
-// right pair and the packed stores' spare bytes stay inside the row's whole
-// groups); the rest of the row goes to the plain kernel.
+// Runs of up to kRunGroups groups, split into 16-bit rows in the cache and then
+// converted 24 pixels a step, while a whole group follows the run (its first
+// pair is the run's read-ahead, and the packed stores' spare bytes land on its
+// pixels); the rest of the row goes to the plain kernel.
+constexpr uint32_t kRunGroups = 64;
 template <Arith A, bool Planar, RgbDepth D, RgbOrder O>
 void row_avx2(const uint8_t* src, uint32_t width, const RowOut& o, const Coeffs& c, PlainRow tail) {
-    const Consts k = consts_for(A, c);
+    const Consts k = consts_of_arith(A, c);
+    alignas(32) uint16_t ys[6 * kRunGroups + 16];
+    alignas(32) uint16_t cs[6 * kRunGroups + 16];
     const uint32_t groups = width / 6;
     uint32_t g = 0;
-    for (; g + 5 <= groups; g += 4, src += 64) {
-        prefetch(src, 4096);
-        const uint32_t x = 6 * g;
-        const Sums q0 = quotients<A>(block_sums(src, 0, k));
-        const Sums q1 = quotients<A>(block_sums(src, 1, k));
-        const Sums q2 = quotients<A>(block_sums(src, 2, k));
-        if constexpr (Planar) {
-            store_plane(o.plane[0] + x, q0.r, q1.r, q2.r);
-            store_plane(o.plane[1] + x, q0.g, q1.g, q2.g);
-            store_plane(o.plane[2] + x, q0.b, q1.b, q2.b);
-        } else {
-            constexpr size_t bytes = pixel_bytes(D);
-            uint8_t* d = o.dst + x * bytes;
-            store_packed<D, O>(d, q0);
-            store_packed<D, O>(d + 8 * bytes, q1);
-            store_packed<D, O>(d + 16 * bytes, q2);
+    while (g + 5 <= groups) {
+        const uint32_t run = std::min(kRunGroups, (groups - 1 - g) / 4 * 4);
+        for (uint32_t ahead = 0; ahead < 16 * run; ahead += 64) prefetch(src + ahead, 4096);
+        split_groups(src, run, ys, cs);
+        for (uint32_t j = 0; j < 6 * run; j += 24) {
+            const uint32_t x = 6 * g + j;
+            const Sums q0 = quotients<A>(block_sums(ys + j, cs + j, k));
+            const Sums q1 = quotients<A>(block_sums(ys + j + 8, cs + j + 8, k));
+            const Sums q2 = quotients<A>(block_sums(ys + j + 16, cs + j + 16, k));
+            if constexpr (Planar) {
+                store_plane(o.plane[0] + x, q0.r, q1.r, q2.r);
+                store_plane(o.plane[1] + x, q0.g, q1.g, q2.g);
+                store_plane(o.plane[2] + x, q0.b, q1.b, q2.b);
+            } else {
+                constexpr size_t bytes = pixel_bytes(D);
+                uint8_t* d = o.dst + x * bytes;
+                store_packed<D, O>(d, q0);
+                store_packed<D, O>(d + 8 * bytes, q1);
+                store_packed<D, O>(d + 16 * bytes, q2);
+            }
         }
+        src += 16 * run;
+        g += run;
     }
     const uint32_t x = 6 * g;
     RowOut rest = o;
