@@ -962,6 +962,9 @@ CYCBCR_API unsigned int cycbcr_012v_to_rgb32_Alpha(uint8_t* dst, const uint8_t* 
  *   other depth); depths other than 15, 16, 24 and 32 write nothing.
  * cycbcr_v210ToRGBInt_avx2: the engine with AVX2 row kernels (24- and 32-bit
  *   pixels; other depths as the engine), the engine's bytes exactly; needs AVX2.
+ *   Its gains are the engine's x 2500 table: those were rounded one by one
+ *   from the unscaled set (0.698 x 2500 = 1745 is 1744 there), so no rule on
+ *   the unscaled set would give the engine's bytes.
  * cycbcr_v210ToRGBInt16: 16 bits a channel (family C: gains x 10240, e.g.
  *   matrix 0: offset 64, 11919, 16343, 8325, 4014, 20654), sums divided by 160
  *   truncating toward zero and clamped to 0..65535. Depth 24 or 48: three
@@ -969,7 +972,9 @@ CYCBCR_API unsigned int cycbcr_012v_to_rgb32_Alpha(uint8_t* dst, const uint8_t* 
  *   words, the alpha word 255 (not 65535), 8 bytes. Other depths write nothing.
  *   Returns width * height * 6 for depths 24 and 48, * 8 otherwise. Exact AVX2
  *   rows at level 5 on an AVX2 processor (same bytes).
- * cycbcr_v210ToRGBInt16_avx2: the same with AVX2 rows; needs AVX2.
+ * cycbcr_v210ToRGBInt16_avx2: the same with AVX2 rows; needs AVX2. Its
+ *   vector gains are the unscaled set x 10240, truncated, which is the table
+ *   above gain for gain.
  * cycbcr_v210ToRGBFloat: the engine's depths and layouts computed in double
  *   precision with the unscaled gains / 4 (e.g. matrix 0: 0.291, 0.399,
  *   0.20325, 0.098, 0.50425), chroma centred on 512, luma less the offset; each

@@ -115,10 +115,10 @@ void run(const Frame& f, bool planar, const uint8_t* key, PlainRow plain, Vector
 }
 
 CYCBCR_INLINE Coeffs coeffs_b(QBYCBCRMatrix m) {
-    return {kFamilyB[m], family_f_of(m)};
+    return {kFamilyB[m], family_f_of(m), m};
 }
 CYCBCR_INLINE Coeffs coeffs_c(QBYCBCRMatrix m) {
-    return {kFamilyC[m], family_f_of(m)};
+    return {kFamilyC[m], family_f_of(m), m};
 }
 
 // Family B into 15-, 16-, 24- or 32-bit pixels; `key` gives 32-bit pixels

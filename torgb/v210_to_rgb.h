@@ -128,6 +128,7 @@ struct RowOut {
 struct Coeffs {
     ToRgbRow<int32_t> k;  // family B or C
     FamilyF f;
+    QBYCBCRMatrix matrix;
 };
 // A row kernel converts `width` pixels from the group at src; a vector kernel
 // converts what it can and hands the rest, pointers advanced to a group

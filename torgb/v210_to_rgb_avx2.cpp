@@ -193,10 +193,24 @@ CYCBCR_INLINE void store_plane(uint16_t* d, __m256i b0, __m256i b1, __m256i b2) 
         _mm256_castsi256_si128(_mm256_permute4x64_epi64(_mm256_packus_epi32(b2, b2), 0x08)));
 }
 
+// The vector constants of each arithmetic. Family C is the master set x 10240
+// truncated, gain by gain, and its offset the master offset x 4 (10-bit steps):
+// built here from get_coeffs (every product is at least 0.04 from the next
+// integer, or whole). Family B's gains were rounded one by one (0.698 x 2500 is
+// 1745, the table says 1744; 0.813 x 2500 is 2032.5, the table 2032), so no rule
+// on the master set gives them: its rows come from the table, as the plain
+// kernels' do. Family F is the table's Q13 row.
 Consts consts_of_arith(Arith a, const Coeffs& c) {
     if (a == Arith::F)
         return consts_of(c.f.yOffset, c.f.k.yGain, c.f.k.crToR, c.f.k.crToG, c.f.k.cbToG,
                          c.f.k.cbToB);
+    if (a == Arith::C) {
+        double yGain, crToR, crToG, cbToG, cbToB, yOffset;
+        get_coeffs(c.matrix, &yGain, &crToR, &crToG, &cbToG, &cbToB, &yOffset);
+        auto scaled = [](double v) { return static_cast<int32_t>(v * 10240.0 + 1e-6); };
+        return consts_of(static_cast<int32_t>(yOffset) * 4, scaled(yGain), scaled(crToR),
+                         scaled(crToG), scaled(cbToG), scaled(cbToB));
+    }
     return consts_of(c.k.yOffset, c.k.yGain, c.k.crToR, c.k.crToG, c.k.cbToG, c.k.cbToB);
 }
 
