@@ -19,6 +19,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstring>
 
 #include "platform/memory.h"
 #include "torgb/v210_to_rgb.h"
@@ -214,10 +215,34 @@ Consts consts_of_arith(Arith a, const Coeffs& c) {
     return consts_of(c.k.yOffset, c.k.yGain, c.k.crToR, c.k.crToG, c.k.cbToG, c.k.cbToB);
 }
 
-// Runs of up to kRunGroups groups, split into 16-bit rows in the cache and then
-// converted 24 pixels a step, while a whole group follows the run (its first
-// pair is the run's read-ahead, and the packed stores' spare bytes land on its
-// pixels); the rest of the row goes to the plain kernel.
+// 24 pixels from the split rows at ys, cs, stored from pixel x of `o`.
+template <Arith A, bool Planar, RgbDepth D, RgbOrder O>
+CYCBCR_INLINE void convert_step(const uint16_t* ys, const uint16_t* cs, const Consts& k,
+                                const RowOut& o, uint32_t x) {
+    const Sums q0 = quotients<A>(block_sums(ys, cs, k));
+    const Sums q1 = quotients<A>(block_sums(ys + 8, cs + 8, k));
+    const Sums q2 = quotients<A>(block_sums(ys + 16, cs + 16, k));
+    if constexpr (Planar) {
+        store_plane(o.plane[0] + x, q0.r, q1.r, q2.r);
+        store_plane(o.plane[1] + x, q0.g, q1.g, q2.g);
+        store_plane(o.plane[2] + x, q0.b, q1.b, q2.b);
+    } else {
+        constexpr size_t bytes = pixel_bytes(D);
+        uint8_t* d = o.dst + x * bytes;
+        store_packed<D, O>(d, q0);
+        store_packed<D, O>(d + 8 * bytes, q1);
+        store_packed<D, O>(d + 16 * bytes, q2);
+    }
+}
+
+// Runs of up to kRunGroups groups (a multiple of 4), split into 16-bit rows in
+// the cache and then converted 24 pixels a step, while a whole group follows
+// the run (its first pair is the run's read-ahead, and the packed stores'
+// spare bytes land on its pixels). The last one to four whole groups go through
+// a small copy: their words and the read-ahead word (which the row has, as
+// every whole group's last pixel reads it), converted into a temporary row of
+// which only their pixels are copied out. A partial group at the end of the row
+// goes to the plain kernel.
 constexpr uint32_t kRunGroups = 64;
 template <Arith A, bool Planar, RgbDepth D, RgbOrder O>
 void row_avx2(const uint8_t* src, uint32_t width, const RowOut& o, const Coeffs& c, PlainRow tail) {
@@ -230,32 +255,40 @@ void row_avx2(const uint8_t* src, uint32_t width, const RowOut& o, const Coeffs&
         const uint32_t run = std::min(kRunGroups, (groups - 1 - g) / 4 * 4);
         for (uint32_t ahead = 0; ahead < 16 * run; ahead += 64) prefetch(src + ahead, 4096);
         split_groups(src, run, ys, cs);
-        for (uint32_t j = 0; j < 6 * run; j += 24) {
-            const uint32_t x = 6 * g + j;
-            const Sums q0 = quotients<A>(block_sums(ys + j, cs + j, k));
-            const Sums q1 = quotients<A>(block_sums(ys + j + 8, cs + j + 8, k));
-            const Sums q2 = quotients<A>(block_sums(ys + j + 16, cs + j + 16, k));
-            if constexpr (Planar) {
-                store_plane(o.plane[0] + x, q0.r, q1.r, q2.r);
-                store_plane(o.plane[1] + x, q0.g, q1.g, q2.g);
-                store_plane(o.plane[2] + x, q0.b, q1.b, q2.b);
-            } else {
-                constexpr size_t bytes = pixel_bytes(D);
-                uint8_t* d = o.dst + x * bytes;
-                store_packed<D, O>(d, q0);
-                store_packed<D, O>(d + 8 * bytes, q1);
-                store_packed<D, O>(d + 16 * bytes, q2);
-            }
-        }
+        for (uint32_t j = 0; j < 6 * run; j += 24)
+            convert_step<A, Planar, D, O>(ys + j, cs + j, k, o, 6 * g + j);
         src += 16 * run;
         g += run;
     }
+    constexpr size_t bytes = Planar ? 2 : pixel_bytes(D);
+    if (const uint32_t r = groups - g; r > 0) {
+        // The read-ahead word lands where the next group's first word would be,
+        // so the split takes it as the pair after the last group.
+        alignas(32) uint8_t in[80] = {};
+        std::memcpy(in, src, 16 * size_t{r} + 4);
+        split_groups(in, 4, ys, cs);
+        alignas(32) uint8_t out[3][24 * 8 + 16];
+        RowOut t{out[0],
+                 {reinterpret_cast<uint16_t*>(out[0]), reinterpret_cast<uint16_t*>(out[1]),
+                  reinterpret_cast<uint16_t*>(out[2])},
+                 nullptr};
+        convert_step<A, Planar, D, O>(ys, cs, k, t, 0);
+        const size_t n = 6 * size_t{r} * bytes, x = 6 * size_t{g};
+        if constexpr (Planar) {
+            for (int p = 0; p < 3; ++p) std::memcpy(o.plane[p] + x, out[p], n);
+        } else {
+            std::memcpy(o.dst + x * bytes, out[0], n);
+        }
+        src += 16 * r;
+        g += r;
+    }
     const uint32_t x = 6 * g;
+    if (x == width) return;
     RowOut rest = o;
     if constexpr (Planar) {
         for (auto& p : rest.plane) p += x;
     } else {
-        rest.dst += x * pixel_bytes(D);
+        rest.dst += x * bytes;
     }
     tail(src, width - x, rest, c);
 }
