@@ -4,7 +4,9 @@
 // the buffer-size query answers for.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <random>
 #include <string>
 #include <vector>
@@ -271,6 +273,25 @@ TEST(V210ToRgb, VectorRowsGiveThePlainBytes) {
     for (const Form& f : kAvx2Forms)
         for (uint32_t depth : depths_of(f))
             ASSERT_TRUE(matches_model(f, src, {w, h, w * 8, sp, 2, 3}, depth)) << f.name;
+}
+
+// A frame too large for the caches goes out with streaming stores at level 5
+// (32-byte aligned rows): the same bytes as level 0.
+TEST(V210ToRgb, LargeFramesGiveThePlainBytes) {
+    CYCBCR_REQUIRE_AVX2();
+    const uint32_t w = 2042, h = 1030, dp = 8192, sp = 5504;
+    const size_t n = size_t{dp} * h;
+    const auto src = random_v210(size_t{sp} * h, 77);
+    std::unique_ptr<uint8_t, decltype(&std::free)> a(
+        static_cast<uint8_t*>(std::aligned_alloc(64, n)), &std::free),
+        b(static_cast<uint8_t*>(std::aligned_alloc(64, n)), &std::free);
+    std::memset(a.get(), 0x3C, n);
+    std::memset(b.get(), 0x3C, n);
+    cycbcr_set_cpu(0);
+    cycbcr_012v_to_rgb32(a.get(), src.data(), w, h, dp, sp, 0, 0x8003);
+    cycbcr_set_cpu(5);
+    cycbcr_012v_to_rgb32(b.get(), src.data(), w, h, dp, sp, 0, 0x8003);
+    EXPECT_EQ(std::memcmp(a.get(), b.get(), n), 0);
 }
 
 // Guard pages right after the bytes cycbcr_converter_buffer_sizes answers for,

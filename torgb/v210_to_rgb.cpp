@@ -8,6 +8,7 @@
 #include "frame/export.h"
 #include "frame/row_walk.h"
 #include "platform/cpu_features.h"
+#include "platform/memory.h"
 #include "torgb/v210_to_rgb_list.h"
 
 namespace cycbcr::colour::v210rgb {
@@ -132,8 +133,13 @@ uint32_t engine_b(const Frame& f, uint32_t depth, bool avx2, const uint8_t* key)
                                      : RgbDepth::Rgb32;
     if (f.height == 0 || (depth != 15 && depth != 16 && depth != 24 && depth != 32)) return result;
     const RgbOrder o = rgb_layout(f.rgbType).order;
-    const VectorRow vector = avx2 && key == nullptr ? avx2_row(Arith::B, d, o, false) : nullptr;
+    // Frames too large for the caches go out with streaming stores.
+    const bool stream = avx2 && key == nullptr && d == RgbDepth::Rgb32 &&
+                        store_for(f.dst, f.dstPitch, f.height) == Store::Stream32;
+    const VectorRow vector =
+        avx2 && key == nullptr ? avx2_row(Arith::B, d, o, false, stream) : nullptr;
     run(f, false, key, plain_packed(Arith::B, d, o, key != nullptr), vector, coeffs_b(f.matrix));
+    if (stream) finish_stores(Store::Stream32);
     return result;
 }
 

@@ -143,7 +143,9 @@ enum class Arith : uint8_t { B, C, F };
 // The AVX2 kernels (null where there is none): family B 24- and 32-bit pixels,
 // family C 48- and 64-bit pixels and planes, family F planes. Exact: the bytes
 // of the plain kernels.
-VectorRow avx2_row(Arith a, RgbDepth d, RgbOrder o, bool planar);
+// `stream`: family B 32-bit pixels go out with streaming stores (rows 32-byte
+// aligned; the caller fences).
+VectorRow avx2_row(Arith a, RgbDepth d, RgbOrder o, bool planar, bool stream = false);
 
 // Pixel index to key: three 10-bit values a little-endian word.
 CYCBCR_INLINE uint32_t key_alpha(const uint8_t* row, uint32_t x) {

@@ -120,14 +120,17 @@ CYCBCR_INLINE Sums quotients(const Sums& s) {
 // Stores of eight pixels of 8-bit channels (quotients in 32-bit lanes) c0..c3
 // in address order: 32 bytes, or 24 bytes and 4 bytes of garbage after them
 // that the next pixels overwrite.
-template <bool Three>
+template <bool Three, bool Stream = false>
 CYCBCR_INLINE void store_bytes(uint8_t* d, __m256i c0, __m256i c1, __m256i c2, __m256i c3) {
     const __m256i bytes =
         _mm256_packus_epi16(_mm256_packs_epi32(c0, c1), _mm256_packs_epi32(c2, c3));
     if constexpr (!Three) {
         const __m256i m = _mm256_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15, 0,
                                            4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), _mm256_shuffle_epi8(bytes, m));
+        if constexpr (Stream)
+            _mm256_stream_si256(reinterpret_cast<__m256i*>(d), _mm256_shuffle_epi8(bytes, m));
+        else
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), _mm256_shuffle_epi8(bytes, m));
     } else {
         const __m256i m = _mm256_setr_epi8(0, 4, 8, 1, 5, 9, 2, 6, 10, 3, 7, 11, -1, -1, -1, -1, 0,
                                            4, 8, 1, 5, 9, 2, 6, 10, 3, 7, 11, -1, -1, -1, -1);
@@ -160,8 +163,9 @@ CYCBCR_INLINE void store_words(uint8_t* d, __m256i c0, __m256i c1, __m256i c2, _
     }
 }
 
-// One block of eight packed pixels of depth D in order O.
-template <RgbDepth D, RgbOrder O>
+// One block of eight packed pixels of depth D in order O; with Stream (32-bit
+// pixels only) a streaming store to a 32-byte aligned address.
+template <RgbDepth D, RgbOrder O, bool Stream>
 CYCBCR_INLINE void store_packed(uint8_t* d, const Sums& q) {
     const __m256i first = blue_first(O) ? q.b : q.r, last = blue_first(O) ? q.r : q.b;
     const __m256i alpha = _mm256_set1_epi32(255);
@@ -176,12 +180,12 @@ CYCBCR_INLINE void store_packed(uint8_t* d, const Sums& q) {
         if constexpr (words)
             store_words<false>(d, alpha, first, q.g, last);
         else
-            store_bytes<false>(d, alpha, first, q.g, last);
+            store_bytes<false, Stream>(d, alpha, first, q.g, last);
     } else {
         if constexpr (words)
             store_words<false>(d, first, q.g, last, alpha);
         else
-            store_bytes<false>(d, first, q.g, last, alpha);
+            store_bytes<false, Stream>(d, first, q.g, last, alpha);
     }
 }
 
@@ -216,7 +220,7 @@ Consts consts_of_arith(Arith a, const Coeffs& c) {
 }
 
 // 24 pixels from the split rows at ys, cs, stored from pixel x of `o`.
-template <Arith A, bool Planar, RgbDepth D, RgbOrder O>
+template <Arith A, bool Planar, RgbDepth D, RgbOrder O, bool Stream>
 CYCBCR_INLINE void convert_step(const uint16_t* ys, const uint16_t* cs, const Consts& k,
                                 const RowOut& o, uint32_t x) {
     const Sums q0 = quotients<A>(block_sums(ys, cs, k));
@@ -229,9 +233,9 @@ CYCBCR_INLINE void convert_step(const uint16_t* ys, const uint16_t* cs, const Co
     } else {
         constexpr size_t bytes = pixel_bytes(D);
         uint8_t* d = o.dst + x * bytes;
-        store_packed<D, O>(d, q0);
-        store_packed<D, O>(d + 8 * bytes, q1);
-        store_packed<D, O>(d + 16 * bytes, q2);
+        store_packed<D, O, Stream>(d, q0);
+        store_packed<D, O, Stream>(d + 8 * bytes, q1);
+        store_packed<D, O, Stream>(d + 16 * bytes, q2);
     }
 }
 
@@ -244,7 +248,7 @@ CYCBCR_INLINE void convert_step(const uint16_t* ys, const uint16_t* cs, const Co
 // which only their pixels are copied out. A partial group at the end of the row
 // goes to the plain kernel.
 constexpr uint32_t kRunGroups = 64;
-template <Arith A, bool Planar, RgbDepth D, RgbOrder O>
+template <Arith A, bool Planar, RgbDepth D, RgbOrder O, bool Stream = false>
 void row_avx2(const uint8_t* src, uint32_t width, const RowOut& o, const Coeffs& c, PlainRow tail) {
     const Consts k = consts_of_arith(A, c);
     alignas(32) uint16_t ys[6 * kRunGroups + 16];
@@ -256,7 +260,7 @@ void row_avx2(const uint8_t* src, uint32_t width, const RowOut& o, const Coeffs&
         for (uint32_t ahead = 0; ahead < 16 * run; ahead += 64) prefetch(src + ahead, 4096);
         split_groups(src, run, ys, cs);
         for (uint32_t j = 0; j < 6 * run; j += 24)
-            convert_step<A, Planar, D, O>(ys + j, cs + j, k, o, 6 * g + j);
+            convert_step<A, Planar, D, O, Stream>(ys + j, cs + j, k, o, 6 * g + j);
         src += 16 * run;
         g += run;
     }
@@ -272,7 +276,7 @@ void row_avx2(const uint8_t* src, uint32_t width, const RowOut& o, const Coeffs&
                  {reinterpret_cast<uint16_t*>(out[0]), reinterpret_cast<uint16_t*>(out[1]),
                   reinterpret_cast<uint16_t*>(out[2])},
                  nullptr};
-        convert_step<A, Planar, D, O>(ys, cs, k, t, 0);
+        convert_step<A, Planar, D, O, false>(ys, cs, k, t, 0);
         const size_t n = 6 * size_t{r} * bytes, x = 6 * size_t{g};
         if constexpr (Planar) {
             for (int p = 0; p < 3; ++p) std::memcpy(o.plane[p] + x, out[p], n);
@@ -293,20 +297,23 @@ void row_avx2(const uint8_t* src, uint32_t width, const RowOut& o, const Coeffs&
     tail(src, width - x, rest, c);
 }
 
-template <Arith A, RgbDepth D>
+template <Arith A, RgbDepth D, bool Stream = false>
 VectorRow by_order(RgbOrder o) {
-    return with_order(o, [&]<RgbOrder O>() -> VectorRow { return row_avx2<A, false, D, O>; });
+    return with_order(o,
+                      [&]<RgbOrder O>() -> VectorRow { return row_avx2<A, false, D, O, Stream>; });
 }
 
 }  // namespace
 
-VectorRow avx2_row(Arith a, RgbDepth d, RgbOrder o, bool planar) {
+VectorRow avx2_row(Arith a, RgbDepth d, RgbOrder o, bool planar, bool stream) {
     if (planar)
         return a == Arith::C ? row_avx2<Arith::C, true, RgbDepth::Rgb48, RgbOrder::RGBA>
                              : row_avx2<Arith::F, true, RgbDepth::Rgb48, RgbOrder::RGBA>;
     if (a == Arith::B) {
         if (d == RgbDepth::Rgb24) return by_order<Arith::B, RgbDepth::Rgb24>(o);
-        if (d == RgbDepth::Rgb32) return by_order<Arith::B, RgbDepth::Rgb32>(o);
+        if (d == RgbDepth::Rgb32)
+            return stream ? by_order<Arith::B, RgbDepth::Rgb32, true>(o)
+                          : by_order<Arith::B, RgbDepth::Rgb32>(o);
         return nullptr;
     }
     if (a == Arith::C) {
