@@ -35,10 +35,10 @@ void put_group(uint8_t* g, const int (&y)[6], const int (&cb)[3], const int (&cr
                            pack(cr[1], y[3], cb[2]), pack(y[4], cr[2], y[5])};
     std::memcpy(g, w, 16);
 }
-// A random v210 frame: samples 0..1023 and random top bits (ignored on reading).
+// A random v210 frame: random words, so samples over 0..1023 and random top
+// bits (which reading ignores).
 std::vector<uint8_t> random_v210(size_t bytes, uint32_t seed) {
-    std::vector<uint8_t> v = random_bytes(bytes, seed);
-    return v;
+    return random_bytes(bytes, seed);
 }
 
 struct Form {

@@ -54,7 +54,8 @@ template <RgbDepth D, Arith A, bool Key>
 PlainRow packed_by_order(RgbOrder o) {
     return with_order(o, [&]<RgbOrder O>() -> PlainRow { return row_packed<D, O, A, Key>; });
 }
-PlainRow plain_packed(Arith a, RgbDepth d, RgbOrder o, bool key) {
+// The plain kernel of a depth: family B for 8-bit channels, C for 16-bit ones.
+PlainRow plain_packed(RgbDepth d, RgbOrder o, bool key) {
     switch (d) {
         case RgbDepth::Rgb555:
             return packed_by_order<RgbDepth::Rgb555, Arith::B, false>(o);
@@ -70,7 +71,6 @@ PlainRow plain_packed(Arith a, RgbDepth d, RgbOrder o, bool key) {
         case RgbDepth::Rgb64:
             break;
     }
-    (void)a;
     return packed_by_order<RgbDepth::Rgb64, Arith::C, false>(o);
 }
 
@@ -138,7 +138,7 @@ uint32_t engine_b(const Frame& f, uint32_t depth, bool avx2, const uint8_t* key)
                         store_for(f.dst, f.dstPitch, f.height) == Store::Stream32;
     const VectorRow vector =
         avx2 && key == nullptr ? avx2_row(Arith::B, d, o, false, stream) : nullptr;
-    run(f, false, key, plain_packed(Arith::B, d, o, key != nullptr), vector, coeffs_b(f.matrix));
+    run(f, false, key, plain_packed(d, o, key != nullptr), vector, coeffs_b(f.matrix));
     if (stream) finish_stores(Store::Stream32);
     return result;
 }
@@ -150,7 +150,7 @@ uint32_t engine_c(const Frame& f, uint32_t depth, bool avx2) {
     if (f.height == 0 || (!three && depth != 32 && depth != 64)) return result;
     const RgbDepth d = three ? RgbDepth::Rgb48 : RgbDepth::Rgb64;
     const RgbOrder o = rgb_layout(f.rgbType).order;
-    run(f, false, nullptr, plain_packed(Arith::C, d, o, false),
+    run(f, false, nullptr, plain_packed(d, o, false),
         avx2 ? avx2_row(Arith::C, d, o, false) : nullptr, coeffs_c(f.matrix));
     return result;
 }
