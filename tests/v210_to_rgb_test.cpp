@@ -204,7 +204,7 @@ TEST(V210ToRgb, ConvertersAndAlphaMatchTheModel) {
 }
 
 // The vector rows give the plain rows' bytes: level 0 against level 5 (and the
-// _avx2 forms), every width residue of the 24-pixel step, padded pitches, all
+// _avx2 forms), every width residue of the 48-pixel step, padded pitches, all
 // orders, matrices whose sums reach both clamps.
 TEST(V210ToRgb, VectorRowsGiveThePlainBytes) {
     CYCBCR_REQUIRE_AVX2();
@@ -223,7 +223,7 @@ TEST(V210ToRgb, VectorRowsGiveThePlainBytes) {
     };
     uint32_t seed = 100;
     for (const Pair& p : pairs)
-        for (uint32_t w = 96; w < 96 + 24; ++w)
+        for (uint32_t w = 96; w < 96 + 48; ++w)
             for (uint32_t depth : p.depths)
                 for (QBYCBCRRgbType t : {0u, 1u, 2u, 3u, 0x8000u}) {
                     const uint32_t h = 2, sp = (w + 5) / 6 * 16 + 36;
@@ -263,7 +263,7 @@ TEST(V210ToRgb, VectorRowsGiveThePlainBytes) {
     // PlanarSSE16 runs its vector rows on this processor: the model says what
     // its rule gives, at every residue.
     cycbcr_set_cpu(0);
-    for (uint32_t w2 = 96; w2 < 120; ++w2)
+    for (uint32_t w2 = 96; w2 < 144; ++w2)
         for (QBYCBCRMatrix m : {0u, 3u, 7u, 12u}) {
             const uint32_t sp2 = (w2 + 5) / 6 * 16 + 4;
             const auto s2 = random_v210(size_t{sp2} * 2, w2 * 31 + m);

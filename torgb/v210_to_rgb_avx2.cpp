@@ -40,23 +40,28 @@ CYCBCR_INLINE __m256i pair16(int32_t lo, int32_t hi) {
 }
 Consts consts_of(int32_t yOffset, int32_t yGain, int32_t crToR, int32_t crToG, int32_t cbToG,
                  int32_t cbToB) {
-    return {_mm256_set1_epi32(yOffset), _mm256_set1_epi16(512), pair16(yGain, crToR),
-            pair16(yGain, -crToG),      pair16(0, -cbToG),      pair16(yGain, cbToB)};
+    return {_mm256_set1_epi16(static_cast<int16_t>(yOffset)),
+            _mm256_set1_epi16(512),
+            pair16(yGain, crToR),
+            pair16(yGain, -crToG),
+            pair16(0, -cbToG),
+            pair16(yGain, cbToB)};
 }
 
 struct Sums {
     __m256i r, g, b;
 };
 
-// Splits `groups` groups (even) at src into 16-bit rows: luma y[0 .. 6 * groups)
-// and chroma pairs c[2k] = Cb, c[2k + 1] = Cr of pair k, followed by the pair
-// of the word after the groups (the read-ahead). Two groups a turn, one a lane:
-// one shuffle brings each sample's two bytes into a 16-bit lane, and a multiply
-// by 2^(6 - s) and a shift right by 6 keep its ten bits (s = 0, 2, 4: where the
-// sample starts in those bytes; bits 30-31 of a word fall out). Each turn's
-// stores reach 2 samples past its own, which the next turn (or the read-ahead
-// pair) rewrites; the rows have room for them.
-void split_groups(const uint8_t* src, uint32_t groups, uint16_t* y, uint16_t* c) {
+// Splits `groups` groups (even) at src into 16-bit rows: luma less the row's
+// offset y[0 .. 6 * groups), and chroma pairs less 512, c[2k] = Cb, c[2k + 1] =
+// Cr of pair k, followed by the pair of the word after the groups (the
+// read-ahead). Two groups a turn, one a lane: one shuffle brings each sample's
+// two bytes into a 16-bit lane, and a multiply by 2^(6 - s) and a shift right by
+// 6 keep its ten bits (s = 0, 2, 4: where the sample starts in those bytes;
+// bits 30-31 of a word fall out). Each turn's stores reach 2 samples past its
+// own, which the next turn (or the read-ahead pair) rewrites; the rows have
+// room for them.
+void split_groups(const uint8_t* src, uint32_t groups, int16_t* y, int16_t* c, const Consts& k) {
     const __m256i ySel = _mm256_setr_epi8(1, 2, 4, 5, 6, 7, 9, 10, 12, 13, 14, 15, -1, -1, -1, -1,
                                           1, 2, 4, 5, 6, 7, 9, 10, 12, 13, 14, 15, -1, -1, -1, -1);
     const __m256i cSel = _mm256_setr_epi8(0, 1, 2, 3, 5, 6, 8, 9, 10, 11, 13, 14, -1, -1, -1, -1, 0,
@@ -65,37 +70,44 @@ void split_groups(const uint8_t* src, uint32_t groups, uint16_t* y, uint16_t* c)
     const __m256i cMul = _mm256_setr_epi16(64, 4, 16, 64, 4, 16, 0, 0, 64, 4, 16, 64, 4, 16, 0, 0);
     for (uint32_t i = 0; i < groups; i += 2, src += 32, y += 12, c += 12) {
         const __m256i v = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(src));
-        const __m256i ys =
-            _mm256_srli_epi16(_mm256_mullo_epi16(_mm256_shuffle_epi8(v, ySel), yMul), 6);
-        const __m256i cs =
-            _mm256_srli_epi16(_mm256_mullo_epi16(_mm256_shuffle_epi8(v, cSel), cMul), 6);
+        const __m256i ys = _mm256_sub_epi16(
+            _mm256_srli_epi16(_mm256_mullo_epi16(_mm256_shuffle_epi8(v, ySel), yMul), 6),
+            k.yOffset);
+        const __m256i cs = _mm256_sub_epi16(
+            _mm256_srli_epi16(_mm256_mullo_epi16(_mm256_shuffle_epi8(v, cSel), cMul), 6),
+            k.chromaMid);
         _mm_storeu_si128(reinterpret_cast<__m128i*>(y), _mm256_castsi256_si128(ys));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(y + 6), _mm256_extracti128_si256(ys, 1));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(c), _mm256_castsi256_si128(cs));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(c + 6), _mm256_extracti128_si256(cs, 1));
     }
     const uint32_t next = word_at(src, 0);
-    c[0] = static_cast<uint16_t>(next & 0x3FF);
-    c[1] = static_cast<uint16_t>((next >> 20) & 0x3FF);
+    c[0] = static_cast<int16_t>(static_cast<int32_t>(next & 0x3FF) - 512);
+    c[1] = static_cast<int16_t>(static_cast<int32_t>((next >> 20) & 0x3FF) - 512);
 }
 
-// The three channel sums of eight pixels from the split rows: luma of pixels
-// 0..7 at y, their pairs from c (pair k of pixel 2k and 2k + 1, and the next
-// pair for each odd pixel's average), in pixel order.
-CYCBCR_INLINE Sums block_sums(const uint16_t* y, const uint16_t* c, const Consts& k) {
-    const __m256i luma = _mm256_sub_epi32(
-        _mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(y))), k.yOffset);
-    const __m128i own = _mm_loadu_si128(reinterpret_cast<const __m128i*>(c));
-    const __m128i next = _mm_loadu_si128(reinterpret_cast<const __m128i*>(c + 2));
-    const __m128i avg = _mm_srli_epi16(_mm_add_epi16(own, next), 1);
-    // Cb in the low half of each pixel's lane, Cr in the high half, centred.
-    const __m256i uv = _mm256_sub_epi16(
-        _mm256_set_m128i(_mm_unpackhi_epi32(own, avg), _mm_unpacklo_epi32(own, avg)), k.chromaMid);
-    const __m256i a = _mm256_blend_epi16(luma, uv, 0xAA);                         // (luma, Cr')
-    const __m256i b = _mm256_blend_epi16(luma, _mm256_slli_epi32(uv, 16), 0xAA);  // (luma, Cb')
-    return {_mm256_madd_epi16(a, k.toR),
-            _mm256_add_epi32(_mm256_madd_epi16(a, k.toGa), _mm256_madd_epi16(b, k.toGc)),
-            _mm256_madd_epi16(b, k.toB)};
+// The channel sums of sixteen pixels from the split rows (luma at y, pair k of
+// pixels 2k and 2k + 1 at c + 2k): `a` holds pixels 0-3 and 8-11 (low and high
+// lane), `b` pixels 4-7 and 12-15. Each odd pixel takes the truncated average of
+// its pair and the next; luma and chroma meet in the 16-bit halves of each
+// pixel's lane, their gains in madd.
+struct Sums16 {
+    Sums a, b;
+};
+CYCBCR_INLINE Sums16 block_sums(const int16_t* y, const int16_t* c, const Consts& k) {
+    const __m256i luma = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(y));
+    const __m256i own = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(c));
+    const __m256i next = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(c + 2));
+    const __m256i avg = _mm256_srai_epi16(_mm256_add_epi16(own, next), 1);
+    auto sums = [&](__m256i l, __m256i uv) {
+        const __m256i a = _mm256_blend_epi16(l, uv, 0xAA);                         // (luma, Cr')
+        const __m256i b = _mm256_blend_epi16(l, _mm256_slli_epi32(uv, 16), 0xAA);  // (luma, Cb')
+        return Sums{_mm256_madd_epi16(a, k.toR),
+                    _mm256_add_epi32(_mm256_madd_epi16(a, k.toGa), _mm256_madd_epi16(b, k.toGc)),
+                    _mm256_madd_epi16(b, k.toB)};
+    };
+    return {sums(_mm256_unpacklo_epi16(luma, luma), _mm256_unpacklo_epi32(own, avg)),
+            sums(_mm256_unpackhi_epi16(luma, luma), _mm256_unpackhi_epi32(own, avg))};
 }
 
 // The quotient of each arithmetic, not yet clamped.
@@ -117,85 +129,91 @@ CYCBCR_INLINE Sums quotients(const Sums& s) {
     return {divide<A>(s.r), divide<A>(s.g), divide<A>(s.b)};
 }
 
-// Stores of eight pixels of 8-bit channels (quotients in 32-bit lanes) c0..c3
-// in address order: 32 bytes, or 24 bytes and 4 bytes of garbage after them
-// that the next pixels overwrite.
-template <bool Three, bool Stream = false>
-CYCBCR_INLINE void store_bytes(uint8_t* d, __m256i c0, __m256i c1, __m256i c2, __m256i c3) {
-    const __m256i bytes =
-        _mm256_packus_epi16(_mm256_packs_epi32(c0, c1), _mm256_packs_epi32(c2, c3));
+// Sixteen pixels of 8-bit channels c0..c3 in address order (quotients, halves
+// as block_sums leaves them): 64 bytes, or 48 bytes and 4 bytes after them that
+// the next pixels overwrite (stores in address order).
+template <bool Three, bool Stream>
+CYCBCR_INLINE void store_bytes(uint8_t* d, const __m256i (&a)[4], const __m256i (&b)[4]) {
+    auto bytes = [](const __m256i(&c)[4], __m256i m) {
+        return _mm256_shuffle_epi8(
+            _mm256_packus_epi16(_mm256_packs_epi32(c[0], c[1]), _mm256_packs_epi32(c[2], c[3])), m);
+    };
     if constexpr (!Three) {
         const __m256i m = _mm256_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15, 0,
                                            4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
-        if constexpr (Stream)
-            _mm256_stream_si256(reinterpret_cast<__m256i*>(d), _mm256_shuffle_epi8(bytes, m));
-        else
-            _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), _mm256_shuffle_epi8(bytes, m));
+        const __m256i va = bytes(a, m), vb = bytes(b, m);
+        const __m256i lo = _mm256_permute2x128_si256(va, vb, 0x20);
+        const __m256i hi = _mm256_permute2x128_si256(va, vb, 0x31);
+        if constexpr (Stream) {
+            _mm256_stream_si256(reinterpret_cast<__m256i*>(d), lo);
+            _mm256_stream_si256(reinterpret_cast<__m256i*>(d + 32), hi);
+        } else {
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), lo);
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 32), hi);
+        }
     } else {
         const __m256i m = _mm256_setr_epi8(0, 4, 8, 1, 5, 9, 2, 6, 10, 3, 7, 11, -1, -1, -1, -1, 0,
                                            4, 8, 1, 5, 9, 2, 6, 10, 3, 7, 11, -1, -1, -1, -1);
-        const __m256i v = _mm256_shuffle_epi8(bytes, m);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm256_castsi256_si128(v));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 12), _mm256_extracti128_si256(v, 1));
+        const __m256i va = bytes(a, m), vb = bytes(b, m);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm256_castsi256_si128(va));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 12), _mm256_castsi256_si128(vb));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 24), _mm256_extracti128_si256(va, 1));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 36), _mm256_extracti128_si256(vb, 1));
     }
 }
-// The same with 16-bit channels: 64 bytes, or 48 bytes and 4 of garbage.
+// The same with 16-bit channels: 128 bytes, or 96 bytes and 4 after them.
 template <bool Three>
-CYCBCR_INLINE void store_words(uint8_t* d, __m256i c0, __m256i c1, __m256i c2, __m256i c3) {
+CYCBCR_INLINE void store_words(uint8_t* d, const __m256i (&a)[4], const __m256i (&b)[4]) {
     const __m256i pairs = _mm256_setr_epi8(0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15, 0,
                                            1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15);
-    const __m256i x = _mm256_shuffle_epi8(_mm256_packus_epi32(c0, c1), pairs);
-    const __m256i z = _mm256_shuffle_epi8(_mm256_packus_epi32(c2, c3), pairs);
-    const __m256i lo = _mm256_unpacklo_epi32(x, z), hi = _mm256_unpackhi_epi32(x, z);
-    const __m256i p0 = _mm256_permute2x128_si256(lo, hi, 0x20);
-    const __m256i p1 = _mm256_permute2x128_si256(lo, hi, 0x31);
+    // Four whole pixels of each lane: pixels 0-3 and 8-11 of `a`, 4-7 and 12-15
+    // of `b`.
+    auto quads = [&](const __m256i(&c)[4], __m256i* first, __m256i* second) {
+        const __m256i x = _mm256_shuffle_epi8(_mm256_packus_epi32(c[0], c[1]), pairs);
+        const __m256i z = _mm256_shuffle_epi8(_mm256_packus_epi32(c[2], c[3]), pairs);
+        const __m256i lo = _mm256_unpacklo_epi32(x, z), hi = _mm256_unpackhi_epi32(x, z);
+        *first = _mm256_permute2x128_si256(lo, hi, 0x20);
+        *second = _mm256_permute2x128_si256(lo, hi, 0x31);
+    };
+    __m256i q[4];
+    quads(a, &q[0], &q[2]);
+    quads(b, &q[1], &q[3]);
     if constexpr (!Three) {
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), p0);
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 32), p1);
+        for (int i = 0; i < 4; ++i)
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 32 * i), q[i]);
     } else {
         const __m256i m = _mm256_setr_epi8(0, 1, 2, 3, 4, 5, 8, 9, 10, 11, 12, 13, -1, -1, -1, -1,
                                            0, 1, 2, 3, 4, 5, 8, 9, 10, 11, 12, 13, -1, -1, -1, -1);
-        const __m256i a = _mm256_shuffle_epi8(p0, m), b = _mm256_shuffle_epi8(p1, m);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm256_castsi256_si128(a));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 12), _mm256_extracti128_si256(a, 1));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 24), _mm256_castsi256_si128(b));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 36), _mm256_extracti128_si256(b, 1));
+        for (int i = 0; i < 4; ++i) {
+            const __m256i v = _mm256_shuffle_epi8(q[i], m);
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 24 * i), _mm256_castsi256_si128(v));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 24 * i + 12),
+                             _mm256_extracti128_si256(v, 1));
+        }
     }
 }
 
-// One block of eight packed pixels of depth D in order O; with Stream (32-bit
-// pixels only) a streaming store to a 32-byte aligned address.
+// Sixteen packed pixels of depth D in order O; with Stream (32-bit pixels only)
+// streaming stores to a 32-byte aligned address.
 template <RgbDepth D, RgbOrder O, bool Stream>
-CYCBCR_INLINE void store_packed(uint8_t* d, const Sums& q) {
-    const __m256i first = blue_first(O) ? q.b : q.r, last = blue_first(O) ? q.r : q.b;
+CYCBCR_INLINE void store_packed(uint8_t* d, const Sums& qa, const Sums& qb) {
     const __m256i alpha = _mm256_set1_epi32(255);
+    auto order = [&](const Sums& q, __m256i(&c)[4]) {
+        const __m256i first = blue_first(O) ? q.b : q.r, last = blue_first(O) ? q.r : q.b;
+        if (D == RgbDepth::Rgb24 || D == RgbDepth::Rgb48 || !alpha_first(O)) {
+            c[0] = first, c[1] = q.g, c[2] = last, c[3] = alpha;
+        } else {
+            c[0] = alpha, c[1] = first, c[2] = q.g, c[3] = last;
+        }
+    };
+    __m256i a[4], b[4];
+    order(qa, a);
+    order(qb, b);
     constexpr bool three = D == RgbDepth::Rgb24 || D == RgbDepth::Rgb48;
-    constexpr bool words = wide_channels(D);
-    if constexpr (three) {
-        if constexpr (words)
-            store_words<true>(d, first, q.g, last, alpha);
-        else
-            store_bytes<true>(d, first, q.g, last, alpha);
-    } else if constexpr (alpha_first(O)) {
-        if constexpr (words)
-            store_words<false>(d, alpha, first, q.g, last);
-        else
-            store_bytes<false, Stream>(d, alpha, first, q.g, last);
-    } else {
-        if constexpr (words)
-            store_words<false>(d, first, q.g, last, alpha);
-        else
-            store_bytes<false, Stream>(d, first, q.g, last, alpha);
-    }
-}
-
-// 24 samples of one plane from three blocks' quotients.
-CYCBCR_INLINE void store_plane(uint16_t* d, __m256i b0, __m256i b1, __m256i b2) {
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d),
-                        _mm256_permute4x64_epi64(_mm256_packus_epi32(b0, b1), 0xD8));
-    _mm_storeu_si128(
-        reinterpret_cast<__m128i*>(d + 16),
-        _mm256_castsi256_si128(_mm256_permute4x64_epi64(_mm256_packus_epi32(b2, b2), 0x08)));
+    if constexpr (wide_channels(D))
+        store_words<three>(d, a, b);
+    else
+        store_bytes<three, Stream>(d, a, b);
 }
 
 // The vector constants of each arithmetic. Family C is the master set x 10240
@@ -219,47 +237,49 @@ Consts consts_of_arith(Arith a, const Coeffs& c) {
     return consts_of(c.k.yOffset, c.k.yGain, c.k.crToR, c.k.crToG, c.k.cbToG, c.k.cbToB);
 }
 
-// 24 pixels from the split rows at ys, cs, stored from pixel x of `o`.
+// 48 pixels from the split rows at ys, cs, stored from pixel x of `o`.
 template <Arith A, bool Planar, RgbDepth D, RgbOrder O, bool Stream>
-CYCBCR_INLINE void convert_step(const uint16_t* ys, const uint16_t* cs, const Consts& k,
+CYCBCR_INLINE void convert_step(const int16_t* ys, const int16_t* cs, const Consts& k,
                                 const RowOut& o, uint32_t x) {
-    const Sums q0 = quotients<A>(block_sums(ys, cs, k));
-    const Sums q1 = quotients<A>(block_sums(ys + 8, cs + 8, k));
-    const Sums q2 = quotients<A>(block_sums(ys + 16, cs + 16, k));
-    if constexpr (Planar) {
-        store_plane(o.plane[0] + x, q0.r, q1.r, q2.r);
-        store_plane(o.plane[1] + x, q0.g, q1.g, q2.g);
-        store_plane(o.plane[2] + x, q0.b, q1.b, q2.b);
-    } else {
-        constexpr size_t bytes = pixel_bytes(D);
-        uint8_t* d = o.dst + x * bytes;
-        store_packed<D, O, Stream>(d, q0);
-        store_packed<D, O, Stream>(d + 8 * bytes, q1);
-        store_packed<D, O, Stream>(d + 16 * bytes, q2);
+    for (uint32_t i = 0; i < 48; i += 16) {
+        const Sums16 s = block_sums(ys + i, cs + i, k);
+        const Sums qa = quotients<A>(s.a), qb = quotients<A>(s.b);
+        if constexpr (Planar) {
+            // One pack puts sixteen samples in pixel order.
+            auto put = [&](uint16_t* p, __m256i va, __m256i vb) {
+                _mm256_storeu_si256(reinterpret_cast<__m256i*>(p + x + i),
+                                    _mm256_packus_epi32(va, vb));
+            };
+            put(o.plane[0], qa.r, qb.r);
+            put(o.plane[1], qa.g, qb.g);
+            put(o.plane[2], qa.b, qb.b);
+        } else {
+            store_packed<D, O, Stream>(o.dst + (x + i) * pixel_bytes(D), qa, qb);
+        }
     }
 }
 
-// Runs of up to kRunGroups groups (a multiple of 4), split into 16-bit rows in
-// the cache and then converted 24 pixels a step, while a whole group follows
-// the run (its first pair is the run's read-ahead, and the packed stores'
-// spare bytes land on its pixels). The last one to four whole groups go through
-// a small copy: their words and the read-ahead word (which the row has, as
-// every whole group's last pixel reads it), converted into a temporary row of
-// which only their pixels are copied out. A partial group at the end of the row
-// goes to the plain kernel.
+// Runs of up to kRunGroups groups (a multiple of 8), split into 16-bit rows in
+// the cache and then converted 48 pixels a step, while a whole group follows
+// the run (its first pair is the run's read-ahead, and the packed stores' spare
+// bytes land on its pixels). The last one to eight whole groups go through a
+// small copy: their words and the read-ahead word (which the row has, as every
+// whole group's last pixel reads it), converted into a temporary row of which
+// only their pixels are copied out. A partial group at the end of the row goes
+// to the plain kernel.
 constexpr uint32_t kRunGroups = 64;
 template <Arith A, bool Planar, RgbDepth D, RgbOrder O, bool Stream = false>
 void row_avx2(const uint8_t* src, uint32_t width, const RowOut& o, const Coeffs& c, PlainRow tail) {
     const Consts k = consts_of_arith(A, c);
-    alignas(32) uint16_t ys[6 * kRunGroups + 16];
-    alignas(32) uint16_t cs[6 * kRunGroups + 16];
+    alignas(32) int16_t ys[6 * kRunGroups + 16];
+    alignas(32) int16_t cs[6 * kRunGroups + 16];
     const uint32_t groups = width / 6;
     uint32_t g = 0;
-    while (g + 5 <= groups) {
-        const uint32_t run = std::min(kRunGroups, (groups - 1 - g) / 4 * 4);
+    while (g + 9 <= groups) {
+        const uint32_t run = std::min(kRunGroups, (groups - 1 - g) / 8 * 8);
         for (uint32_t ahead = 0; ahead < 16 * run; ahead += 64) prefetch(src + ahead, 4096);
-        split_groups(src, run, ys, cs);
-        for (uint32_t j = 0; j < 6 * run; j += 24)
+        split_groups(src, run, ys, cs, k);
+        for (uint32_t j = 0; j < 6 * run; j += 48)
             convert_step<A, Planar, D, O, Stream>(ys + j, cs + j, k, o, 6 * g + j);
         src += 16 * run;
         g += run;
@@ -268,10 +288,10 @@ void row_avx2(const uint8_t* src, uint32_t width, const RowOut& o, const Coeffs&
     if (const uint32_t r = groups - g; r > 0) {
         // The read-ahead word lands where the next group's first word would be,
         // so the split takes it as the pair after the last group.
-        alignas(32) uint8_t in[80] = {};
+        alignas(32) uint8_t in[8 * 16 + 16] = {};
         std::memcpy(in, src, 16 * size_t{r} + 4);
-        split_groups(in, 4, ys, cs);
-        alignas(32) uint8_t out[3][24 * 8 + 16];
+        split_groups(in, 8, ys, cs, k);
+        alignas(32) uint8_t out[3][48 * 8 + 16];
         RowOut t{out[0],
                  {reinterpret_cast<uint16_t*>(out[0]), reinterpret_cast<uint16_t*>(out[1]),
                   reinterpret_cast<uint16_t*>(out[2])},
