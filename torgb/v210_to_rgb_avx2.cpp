@@ -1,9 +1,9 @@
 // AVX2 row kernels of the v210 to RGB engines, the same bytes as the plain
-// kernels. A run of groups is first split into 16-bit luma and chroma-pair rows
-// that stay in the cache (two groups a turn: a shuffle, a multiply and a shift);
-// then eight pixels at a time take their luma, their pair, and for each odd
-// pixel the truncated average with the next pair, straight into pixel order.
-// Luma and centred chroma meet in the 16-bit halves of each pixel's lane and
+// kernels. A run of groups is first split into 16-bit rows of centred luma and
+// chroma pairs that stay in the cache (two groups a turn: a shuffle, a
+// multiply, a shift and a subtraction); then sixteen pixels at a time take
+// their luma, their pair, and for each odd pixel the truncated average with the
+// next pair. Luma and chroma meet in the 16-bit halves of each pixel's lane and
 // their gains in madd: every sum is exact in 32 bits.
 //
 // Divisions: family B's truncating division by 10000 (|sum| < 2^24) is a float
