@@ -263,6 +263,7 @@ int main(int argc, char** argv) {
     cycbcr_bench::register_packed_planar_benchmarks();
     cycbcr_bench::register_planar_copy_benchmarks();
     cycbcr_bench::register_to_rgb_benchmarks();
+    cycbcr_bench::register_v210_to_rgb_benchmarks();
     cycbcr_bench::register_from_rgb_benchmarks();
     const std::vector<std::string> unclaimed = cycbcr_bench::unclaimed_converters();
     for (const std::string& name : unclaimed)

@@ -211,6 +211,7 @@ void register_v210_benchmarks();
 void register_packed_planar_benchmarks();
 void register_planar_copy_benchmarks();
 void register_to_rgb_benchmarks();
+void register_v210_to_rgb_benchmarks();
 void register_from_rgb_benchmarks();
 
 }  // namespace cycbcr_bench

@@ -7,6 +7,7 @@
 #include "fromrgb/from_rgb.h"
 #include "fromrgb/to_v210.h"
 #include "torgb/to_rgb.h"
+#include "torgb/v210_to_rgb.h"
 
 #include <cstring>
 #include <initializer_list>
@@ -33,6 +34,10 @@ constexpr FormatPairs<ExtentOf> make_extents() {
     CYCBCR_PLANAR_COPY_PAIRS(CYCBCR_PLANAR_COPY_ROW)
     CYCBCR_V210_PAIRS(CYCBCR_V210_ROW)
     CYCBCR_TO_RGB_CONVERTERS(CYCBCR_TO_RGB_ROW)
+#define CYCBCR_V210_TO_RGB_ROW(name, form, from, to, ...) \
+    t(Format::from, Format::to) = v210_to_rgb_pair_extent;
+    CYCBCR_V210_TO_RGB_CONVERTERS(CYCBCR_V210_TO_RGB_ROW)
+#undef CYCBCR_V210_TO_RGB_ROW
     CYCBCR_FROM_RGB_PAIRS(CYCBCR_FROM_RGB_ROW)
 #define CYCBCR_TO_V210_ROW(name, form, from, to, ...) \
     t(Format::from, Format::to) = to_v210_pair_extent;
@@ -63,6 +68,10 @@ Extent to_rgb_pair_extent(Format from, Format to, const Call& c) {
         for (QBYCBCRRgbType t : {0u, 1u, 2u, 3u, 0x8000u})
             e = widest(e, colour::to_rgb_extent(from, to, c, m, t));
     return e;
+}
+
+Extent v210_to_rgb_pair_extent(Format, Format to, const Call& c) {
+    return colour::v210_to_rgb_extent(to, c);
 }
 
 Extent from_rgb_pair_extent(Format from, Format to, const Call& c) {
@@ -107,7 +116,9 @@ extern "C" CYCBCR_API unsigned int cycbcr_converter_buffer_sizes(
             }
         for (const RgbConverterRow& r : kRgbConverterRows)
             if (!known && std::strcmp(r.name, name) == 0) {
-                e = colour::to_rgb_extent(r.from, r.to, c, matrix, rgbType);
+                e = r.from == Format::V210
+                        ? colour::v210_to_rgb_extent(r.to, c)
+                        : colour::to_rgb_extent(r.from, r.to, c, matrix, rgbType);
                 known = true;
             }
         for (const FromRgbConverterRow& r : kFromRgbConverterRows)

@@ -46,6 +46,8 @@ Extent v210_extent(Format from, Format to, const Call& c);
 // YCbCr to RGB (torgb/to_rgb.h has the form with matrix and RGB type): the
 // widest over every matrix and type.
 Extent to_rgb_pair_extent(Format from, Format to, const Call& c);
+// v210 to RGB (torgb/v210_to_rgb.h): the same for every matrix and type.
+Extent v210_to_rgb_pair_extent(Format from, Format to, const Call& c);
 // RGB to 8-bit YCbCr (fromrgb/from_rgb.h): the widest over every matrix and type.
 Extent from_rgb_pair_extent(Format from, Format to, const Call& c);
 // RGB to v210 (fromrgb/to_v210.h): the widest over every RGB type.

@@ -6,6 +6,7 @@
 #include "fromrgb/from_rgb_list.h"
 #include "fromrgb/to_v210_list.h"
 #include "torgb/to_rgb_list.h"
+#include "torgb/v210_to_rgb_list.h"
 #include "ycbcr10/v210_list.h"
 #include "ycbcr8/byte_order_list.h"
 #include "ycbcr8/packed_planar_list.h"
@@ -63,8 +64,10 @@ struct RgbConverterRow {
     bool pair;
     bool alias;
 };
-constexpr RgbConverterRow kRgbConverterRows[] = {CYCBCR_TO_RGB_CONVERTERS(CYCBCR_PAIR_ROW)
-                                                     CYCBCR_TO_RGB_AVX2_FORMS(CYCBCR_FORM_ROW)};
+constexpr RgbConverterRow kRgbConverterRows[] = {
+    CYCBCR_TO_RGB_CONVERTERS(CYCBCR_PAIR_ROW) CYCBCR_TO_RGB_AVX2_FORMS(CYCBCR_FORM_ROW)
+        CYCBCR_V210_TO_RGB_CONVERTERS(CYCBCR_PAIR_ROW)
+            CYCBCR_V210_TO_RGB_AVX2_FORMS(CYCBCR_FORM_ROW)};
 
 // The converters from RGB, which add matrix and rgbType and return 64 bits.
 struct FromRgbConverterRow {

@@ -23,6 +23,7 @@ constexpr FormatPairs<cycbcr_rgb_converter> make_rgb_pairs() {
     FormatPairs<cycbcr_rgb_converter> t;
 #define CYCBCR_PAIR_ROW(name, form, from, to, ...) t(Format::from, Format::to) = name;
     CYCBCR_TO_RGB_CONVERTERS(CYCBCR_PAIR_ROW)
+    CYCBCR_V210_TO_RGB_CONVERTERS(CYCBCR_PAIR_ROW)
 #undef CYCBCR_PAIR_ROW
     return t;
 }
@@ -62,9 +63,9 @@ CYCBCR_API unsigned int cycbcr_transcode(uint8_t* dst, const uint8_t* src, unsig
     const Format from = cycbcr::canonical_format(srcFourCC);
     const Format to = cycbcr::destination_format(dstFourCC);
     if (from == Format::Unknown || to == Format::Unknown) return 0;
-    // matrix and rgbType reach only the converters to and from RGB. RGB to RGB
-    // has none, and v210 has none either way in this build yet: 0. The count
-    // of an RGB source's converter is returned in 32 bits.
+    // matrix and rgbType reach only the converters to and from RGB; RGB to RGB
+    // has none: 0. The count of an RGB source's converter is returned in 32
+    // bits.
     if (from == Format::RGB32 && to != Format::RGB32) {
         const cycbcr_from_rgb_converter g = cycbcr::kFromRgbPairs(from, to);
         return g ? static_cast<unsigned int>(

@@ -881,6 +881,134 @@ CYCBCR_TO_RGB_ENGINE(cycbcr_ToRGBFloat);
 CYCBCR_TO_RGB_ENGINE(cycbcr_ToRGBInt16);
 
 /* ------------------------------------------------------------------------ */
+/* v210 to RGB                                                               */
+/* ------------------------------------------------------------------------ */
+
+/* v210 (10-bit 4:2:2, six pixels in four little-endian words: Cb0 Y0 Cr0 /
+ * Y1 Cb2 Y2 / Cr2 Y3 Cb4 / Y4 Cr4 Y5, lowest bits first) into RGB. Source rows
+ * are srcPitch bytes apart and destination rows dstPitch bytes apart, both as
+ * passed (no row-size rule is applied); with the bottom-up flag (0x8000) of
+ * rgbType source row 0 goes to the last destination row. Matrices 1 to 7 have
+ * rows of their own, every other value BT.601 with full-range RGB.
+ *
+ * Chroma: pixels 0, 2 and 4 of a group take their co-sited pair; pixels 1 and 3
+ * the average of the pairs on either side, ((a + b) >> 1 for Cb and Cr); pixel 5
+ * the average of pair 4 and the first pair of the next group, read from the
+ * word after the group. For the last whole group of a row that word is read
+ * whatever it holds (the first word of a partial group, or the word after the
+ * row's groups): callers leave 4 readable bytes there.
+ *
+ * Widths that are not a multiple of 6: the width % 6 pixels after the last
+ * whole group are converted from the partial group as v210 stores it, reading
+ * only the words that hold their own samples and the pairs they use (1 word for
+ * 1 pixel, 2 for 2, 3 for 3 or 4, 4 for 5); an odd pixel whose right-hand pair
+ * belongs to a pixel past the row's end takes its own pair. Nothing is written
+ * past the row's last pixel.
+ *
+ * The 8-bit engine (family B): with Cb' = Cb - 512, Cr' = Cr - 512 and
+ * L = (Y - offset) * gain (offset 64 with the full-range matrices 0, 2, 4, 6,
+ * 0 with the studio ones; gains x 2500, e.g. matrix 0: 2910, 3990, 2032, 980,
+ * 5042), R = (L + CrR * Cr') / 10000, G = (L - CrG * Cr' - CbG * Cb') / 10000,
+ * B = (L + CbB * Cb') / 10000, truncated toward zero and clamped to 0..255.
+ * Depth 15, 16, 24 or 32 bits a pixel (alpha 255; 15- and 16-bit words keep
+ * the top bits of each channel). Grey Y 940 gives 254 with matrix 0, Y 64
+ * gives 0.
+ *
+ * Entry points, with the converter arguments then matrix and rgbType; each
+ * chooses processor level 5 when none is chosen, then:
+ *   - cycbcr_012v_to_rgb24 at level 5 on an AVX2 processor: its _avx2 form;
+ *   - cycbcr_012v_to_rgb32 at level 5 on an AVX2 processor:
+ *     cycbcr_v210ToRGBInt_avx2 with depth 32;
+ *   - otherwise cycbcr_v210ToRGB with depth 15, 16, 24 or 32.
+ * They return width * height * (2, 2, 3 or 4). cycbcr_012v_to_rgb24_avx2 runs
+ * the engine with AVX2 row kernels (same bytes) and needs AVX2. The dispatcher
+ * reaches cycbcr_012v_to_rgb32 for v210 to RGB (code 0).
+ *
+ * Buffer sizes: each source row reads floor(width / 6) * 16 bytes and then 4
+ * bytes (width a multiple of 6: the read-ahead word) or the 4, 8, 12, 12 or 16
+ * bytes of a partial group of 1 to 5 pixels; the answer is (height - 1) *
+ * srcPitch + that. Each destination row writes width whole pixels:
+ * (height - 1) * dstPitch + width * bytes a pixel. cycbcr_buffer_sizes() and
+ * cycbcr_converter_buffer_sizes() give these numbers. */
+CYCBCR_RGB_CONVERTER(cycbcr_012v_to_rgb555);
+CYCBCR_RGB_CONVERTER(cycbcr_012v_to_rgb565);
+CYCBCR_RGB_CONVERTER(cycbcr_012v_to_rgb24);
+CYCBCR_RGB_CONVERTER(cycbcr_012v_to_rgb32);
+CYCBCR_RGB_CONVERTER(cycbcr_012v_to_rgb24_avx2);
+
+/* v210 with a 10-bit alpha key to 32-bit RGB: the engine's family-B bytes in
+ * the layout of rgbType (bottom-up flag honoured), each pixel's alpha byte the
+ * key value >> 2. The key plane is as cycbcr_RGB32_to_012v_Alpha writes it:
+ * three 10-bit values a little-endian 32-bit word (bits 0-9, 10-19, 20-29),
+ * row r starting at byte (r * width * 4) / 3 of `alpha` whatever the pitches;
+ * pixel x of a row is field x % 3 of the row's word x / 3, and a row reads
+ * ceil(width / 3) words from its start. Plain arithmetic at every level; chooses
+ * level 5 when none is chosen. Returns width * height * 4. */
+CYCBCR_API unsigned int cycbcr_012v_to_rgb32_Alpha(uint8_t* dst, const uint8_t* src,
+                                                   const uint8_t* alpha, unsigned int width,
+                                                   unsigned int height, unsigned int dstPitch,
+                                                   unsigned int srcPitch, QBYCBCRMatrix matrix,
+                                                   QBYCBCRRgbType rgbType);
+
+/* The engines, with the converter arguments, matrix, rgbType and the output
+ * depth in bits. All read and write as above (rows, bottom-up flag, chroma,
+ * partial groups, buffer sizes with the bytes a pixel of each form).
+ *
+ * cycbcr_v210ToRGB: chooses level 5 when none is chosen, then
+ *   cycbcr_v210ToRGBInt.
+ * cycbcr_v210ToRGBInt: the engine. Depth 32 at level 5 on an AVX2 processor
+ *   goes to cycbcr_v210ToRGBInt_avx2; depth 24 runs exact vector rows there.
+ *   Returns width * height * (2 for depths 15 and 16, 3 for 24, 4 for every
+ *   other depth); depths other than 15, 16, 24 and 32 write nothing.
+ * cycbcr_v210ToRGBInt_avx2: the engine with AVX2 row kernels (24- and 32-bit
+ *   pixels; other depths as the engine), the engine's bytes exactly; needs AVX2.
+ *   Its gains are the engine's x 2500 table: those were rounded one by one
+ *   from the unscaled set (0.698 x 2500 = 1745 is 1744 there), so no rule on
+ *   the unscaled set would give the engine's bytes.
+ * cycbcr_v210ToRGBInt16: 16 bits a channel (family C: gains x 10240, e.g.
+ *   matrix 0: offset 64, 11919, 16343, 8325, 4014, 20654), sums divided by 160
+ *   truncating toward zero and clamped to 0..65535. Depth 24 or 48: three
+ *   little-endian words a pixel in the layout's order (6 bytes); 32 or 64: four
+ *   words, the alpha word 255 (not 65535), 8 bytes. Other depths write nothing.
+ *   Returns width * height * 6 for depths 24 and 48, * 8 otherwise. Exact AVX2
+ *   rows at level 5 on an AVX2 processor (same bytes).
+ * cycbcr_v210ToRGBInt16_avx2: the same with AVX2 rows; needs AVX2. Its
+ *   vector gains are the unscaled set x 10240, truncated, which is the table
+ *   above gain for gain.
+ * cycbcr_v210ToRGBFloat: the engine's depths and layouts computed in double
+ *   precision with the unscaled gains / 4 (e.g. matrix 0: 0.291, 0.399,
+ *   0.20325, 0.098, 0.50425), chroma centred on 512, luma less the offset; each
+ *   sum truncated toward zero (no rounding) and clamped to 0..255. Returns as
+ *   the engine.
+ * cycbcr_v210ToRGBPlanarC16: three planes of 16-bit samples, R, G, B in that
+ *   order, each `height` rows of width little-endian words at dstPitch, plane k
+ *   at dst + k * dstPitch * height (the bottom-up flag turns each plane over;
+ *   the layout bits and depth are ignored). Family C as cycbcr_v210ToRGBInt16,
+ *   so full scale is 65535 and studio white 940 gives 60160 for matrix 1.
+ *   Exact AVX2 rows at level 5 on an AVX2 processor. Returns
+ *   width * height * 6.
+ * cycbcr_v210ToRGBPlanarSSE16: the same planes from the Q13 gains (units of
+ *   1/8192: matrix 0: 9535, 13074, 6660, 3211, 16523; matrices above 7 take
+ *   matrix 3's row, not BT.601's), luma offset 64 for matrices 0, 2, 4, 6 and 0
+ *   for the others: with the same L and chroma terms each 16-bit sample is
+ *   sum >> 7 (arithmetic shift: rounded toward minus infinity) clamped to
+ *   0..65535. A vector form: its AVX2 rows on any AVX2 processor whatever the
+ *   level, the same rule in plain code elsewhere. Returns width * height * 6. */
+#define CYCBCR_V210_TO_RGB_ENGINE(name)                                                     \
+    CYCBCR_API unsigned int name(uint8_t* dst, const uint8_t* src, unsigned int width,     \
+                                 unsigned int height, unsigned int dstPitch,               \
+                                 unsigned int srcPitch, QBYCBCRMatrix matrix,              \
+                                 QBYCBCRRgbType rgbType, unsigned int depth)
+CYCBCR_V210_TO_RGB_ENGINE(cycbcr_v210ToRGB);
+CYCBCR_V210_TO_RGB_ENGINE(cycbcr_v210ToRGBInt);
+CYCBCR_V210_TO_RGB_ENGINE(cycbcr_v210ToRGBInt_avx2);
+CYCBCR_V210_TO_RGB_ENGINE(cycbcr_v210ToRGBInt16);
+CYCBCR_V210_TO_RGB_ENGINE(cycbcr_v210ToRGBInt16_avx2);
+CYCBCR_V210_TO_RGB_ENGINE(cycbcr_v210ToRGBFloat);
+CYCBCR_V210_TO_RGB_ENGINE(cycbcr_v210ToRGBPlanarC16);
+CYCBCR_V210_TO_RGB_ENGINE(cycbcr_v210ToRGBPlanarSSE16);
+
+/* ------------------------------------------------------------------------ */
 /* RGB to 8-bit YCbCr                                                        */
 /* ------------------------------------------------------------------------ */
 

@@ -221,19 +221,13 @@ TEST(Transcode, FirstCallChoosesTheLevel) {
     EXPECT_EQ(out[0], chosen == 5 && have_avx2() ? 0 : 255);
 }
 
-// Pairs with RGB (code 0) on one side: every YCbCr source but v210 reaches its
-// 32-bit converter ("422P" as P422), with matrix and rgbType passed on; v210 to
-// RGB is refused without a write, RGB to every destination but RGB and "422P"
-// reaches its converter.
+// Pairs with RGB (code 0) on one side: every YCbCr source, v210 included,
+// reaches its 32-bit converter ("422P" as P422), with matrix and rgbType passed
+// on; RGB reaches the converter of every destination but RGB and "422P".
 TEST(TranscodeRgb, SourcesReachTheirRgb32Converters) {
-    const RgbConverter want[RGB] = {nullptr,
-                                    cycbcr_i420_to_rgb32,
-                                    cycbcr_yv12_to_rgb32,
-                                    cycbcr_p422_to_rgb32,
-                                    cycbcr_yuy2_to_rgb32,
-                                    cycbcr_uyvy_to_rgb32,
-                                    cycbcr_yvyu_to_rgb32,
-                                    cycbcr_cyuv_to_rgb32};
+    const RgbConverter want[RGB] = {
+        cycbcr_012v_to_rgb32, cycbcr_i420_to_rgb32, cycbcr_yv12_to_rgb32, cycbcr_p422_to_rgb32,
+        cycbcr_yuy2_to_rgb32, cycbcr_uyvy_to_rgb32, cycbcr_yvyu_to_rgb32, cycbcr_cyuv_to_rgb32};
     for (int f = 0; f < RGB; ++f) EXPECT_EQ(kToRgb[f], want[f]) << kNames[f];
     for (const auto& [code, fmt] : kSources) {
         const RgbConverter fn = fmt == RGB ? nullptr : want[fmt];
@@ -259,7 +253,7 @@ TEST(TranscodeRgb, SourcesReachTheirRgb32Converters) {
     const auto src = random_bytes(kFrameBytes, 3);
     for (unsigned level : {0u, 4u}) {
         cycbcr_set_cpu(level);
-        for (const char* from : {"YUY2", "I420", "422P"}) {
+        for (const char* from : {"YUY2", "I420", "422P", "v210"}) {
             const RgbConverter fn = cycbcr_rgb_pair_converter(0, fourcc(from));
             std::vector<std::vector<uint8_t>> seen;
             for (QBYCBCRMatrix m : {0u, 1u, 2u, 3u, 6u, 7u})
@@ -267,7 +261,9 @@ TEST(TranscodeRgb, SourcesReachTheirRgb32Converters) {
                     std::vector<uint8_t> a(kFrameBytes, 1), b(a);
                     const unsigned got = cycbcr_transcode(a.data(), src.data(), 20, 4, 96, 40, m, t,
                                                           0, fourcc(from));
-                    EXPECT_EQ(got, fn(b.data(), src.data(), 20, 4, 96, 40, m, t));
+                    // (the converter is handed the pitch rule's source pitch)
+                    const unsigned sp = cycbcr_fix_pitch(fourcc(from), 20, 40);
+                    EXPECT_EQ(got, fn(b.data(), src.data(), 20, 4, 96, sp, m, t));
                     EXPECT_TRUE(same_bytes(a, b)) << from << " matrix " << m << " type " << t;
                     // (I420 with type 0 takes BT.601 for every matrix but 2 to 5.)
                     const bool bt601 = std::string(from) == "I420" && t == 0 && m != 2 && m != 3;
