@@ -109,8 +109,7 @@ int run_formats(Args args) {
     for (size_t i = 0; i < all_rgb_depths().size(); ++i) std::printf(" %6s", "yes");
     std::putchar('\n');
     std::puts(
-        "\n  yes  converted by 'cycbcr convert' through the library's converters (v210 to\n"
-        "       RGB through YUY2: the library has no converter of its own for it; NV12\n"
+        "\n  yes  converted by 'cycbcr convert' through the library's converters (NV12\n"
         "       to rgb555, rgb565 and rgb24 repacked from its converter to rgb32)\n"
         "  lib  converted by the library; 'cycbcr convert' cannot read or write\n"
         "       one of the two formats yet, or lacks a converter of its route\n"

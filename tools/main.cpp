@@ -136,9 +136,13 @@ std::string usage_text() {
            "copied out; UYVY to rgb24 and rgb32 goes through YUY2, whose converters keep the\n"
            "layout and matrix asked for at every level; I420 and YV12 to bgra rgb32 are\n"
            "converted bottom-up and turned over, off the library's BT.601/BT.709-only\n"
-           "rounding path; v210 goes through YUY2 (samples truncated to 8 bits); NV12\n"
-           "goes through the library's converter to rgb32, and to the other depths is\n"
-           "that frame repacked as the engine packs them (the same bytes).\n"
+           "rounding path; NV12 goes through the library's converter to rgb32, and to\n"
+           "the other depths is that frame repacked as the engine packs them (the same\n"
+           "bytes). v210 goes through the library's converters from v210, at any width:\n"
+           "10-bit samples, odd pixels taking the mean of the pairs on either side; the\n"
+           "last pixel of a row of whole 6-pixel groups would take the word after the\n"
+           "groups for its right-hand pair, so the command gives that word the row's\n"
+           "last pair (the pixel takes its own pair, as at every other width).\n"
            "\n"
            "Exit status: 0 on success, 2 on any error.\n";
 }

@@ -30,10 +30,11 @@ struct RgbEntry {
         CYCBCR_TOOL_RGB(format, lower, Rgb24, rgb24), CYCBCR_TOOL_RGB(format, lower, Rgb32, rgb32)
 
 const RgbEntry kRgbConverters[] = {
-    CYCBCR_TOOL_RGB_DEPTHS(UYVY, uyvy), CYCBCR_TOOL_RGB_DEPTHS(YUY2, yuy2),
-    CYCBCR_TOOL_RGB_DEPTHS(YVYU, yvyu), CYCBCR_TOOL_RGB_DEPTHS(CYUV, cyuv),
-    CYCBCR_TOOL_RGB_DEPTHS(I420, i420), CYCBCR_TOOL_RGB_DEPTHS(YV12, yv12),
-    CYCBCR_TOOL_RGB_DEPTHS(P422, p422), CYCBCR_TOOL_RGB(NV12, nv12, Rgb32, rgb32),
+    CYCBCR_TOOL_RGB_DEPTHS(UYVY, uyvy),        CYCBCR_TOOL_RGB_DEPTHS(YUY2, yuy2),
+    CYCBCR_TOOL_RGB_DEPTHS(YVYU, yvyu),        CYCBCR_TOOL_RGB_DEPTHS(CYUV, cyuv),
+    CYCBCR_TOOL_RGB_DEPTHS(I420, i420),        CYCBCR_TOOL_RGB_DEPTHS(YV12, yv12),
+    CYCBCR_TOOL_RGB_DEPTHS(P422, p422),        CYCBCR_TOOL_RGB_DEPTHS(V210, 012v),
+    CYCBCR_TOOL_RGB(NV12, nv12, Rgb32, rgb32),
 };
 
 #undef CYCBCR_TOOL_RGB_DEPTHS
@@ -45,6 +46,10 @@ const RgbEntry& rgb_entry(Format from, RgbDepth depth) {
     }
     throw ToolError(std::string("the library has no converter from ") + format_name(from) + " to " +
                     rgb_depth_name(depth));
+}
+
+uint32_t load_le32(const uint8_t* p) {
+    return p[0] | uint32_t{p[1]} << 8 | uint32_t{p[2]} << 16 | uint32_t{p[3]} << 24;
 }
 
 bool is_420(Format format) {
@@ -69,15 +74,14 @@ std::vector<uint8_t> zeroed(uint64_t bytes) {
 // ignores the bottom-up flag and ABGR and ARGB and writes alpha 0. So UYVY
 // goes through YUY2 for those depths at every level (the library's word swap,
 // then its YUY2 converter, which has neither route), and every level writes
-// the same picture. v210 has no converter to RGB: it goes to YUY2 first, each
-// sample truncated to 8 bits (v >> 2).
+// the same picture. v210 goes to the library's own converters from v210,
+// which read the 10-bit samples (see RgbConverter).
 //
 // NV12 has a converter to 32 bits only, the engine's at every level and for
 // every layout. The other depths are its 32-bit frame repacked by
 // rgba_row_to_rgb(), which packs the 8-bit channels as the engine does for
 // those depths: the same bytes as the engine's converters to them would write.
 Format call_format(Format from, RgbDepth depth) {
-    if (from == Format::V210) return Format::YUY2;
     if (from == Format::UYVY && (depth == RgbDepth::Rgb24 || depth == RgbDepth::Rgb32)) {
         return Format::YUY2;
     }
@@ -115,6 +119,18 @@ const FormatCode& own_code(Format format) {
 // call asks for the same layout bottom-up instead, which the engine writes,
 // and the rows are copied out in the other order.
 //
+// v210 is converted at exactly the width: the converters from v210 write
+// width whole pixels a row, a partial last group included, and read no
+// further than the words of its pixels. A row of whole groups is different:
+// its last pixel (odd, pixel 5 of its group) takes the average of its own
+// pair's chroma and the first pair of the word after the group, read
+// whatever it holds, which in a file is the next row's first pair (a width
+// that is a multiple of 48) or the row's padding. So at widths that are a
+// multiple of 6 the rows are copied into a working buffer 16 bytes wider,
+// and that word is given the row's last pair (Cb4 and Cr4 of the last
+// group): the last pixel takes its own pair, as an odd last pixel of a
+// partial group does.
+//
 // NV12 is read like the planar formats: luma rows of exactly the width,
 // chroma row n of the call at (n / 2) * call_width_ bytes into its plane. A
 // frame of odd size is copied onto the planes of the even size; its chroma
@@ -124,7 +140,7 @@ RgbConverter::RgbConverter(const FormatCode& from, RgbDepth depth, uint32_t widt
                            QBYCBCRMatrix matrix, QBYCBCRRgbType rgb_type)
     : width_(width),
       height_(height),
-      call_width_(width + width % 2),
+      call_width_(from.format == Format::V210 ? width : width + width % 2),
       call_height_(is_420(from.format) || from.format == Format::NV12 ? height + height % 2
                                                                       : height),
       depth_(depth),
@@ -163,6 +179,8 @@ RgbConverter::RgbConverter(const FormatCode& from, RgbDepth depth, uint32_t widt
     const RgbEntry& entry = rgb_entry(format, call_depth_);
     converter_ = entry.convert;
     src_pitch_ = natural_pitch(format, call_width_);
+    read_ahead_ = format == Format::V210 && width % 6 == 0;
+    if (read_ahead_) src_pitch_ += 16;
     dst_pitch_ = call_width_ * call_pixel_bytes;
     uint64_t dst_bytes = 0;
     uint64_t src_bytes = 0;
@@ -176,6 +194,10 @@ RgbConverter::RgbConverter(const FormatCode& from, RgbDepth depth, uint32_t widt
     result_ = zeroed(rgb_layout(depth, width, height).frame_bytes);
 
     relaid_ = !before_ && is_planar(source) && (call_width_ != width || call_height_ != height);
+    if (read_ahead_) {
+        file_pitch_ = natural_pitch(Format::V210, width);
+        file_frame_ = zeroed(source_bytes_);
+    }
     if (relaid_) {
         file_planes_ = source_planes(source, width, height);
         file_frame_ = zeroed(source_bytes_);
@@ -186,7 +208,7 @@ RgbConverter::~RgbConverter() = default;
 
 std::span<uint8_t> RgbConverter::source() {
     if (before_) return before_->source();
-    if (relaid_) return {file_frame_.data(), file_frame_.size()};
+    if (relaid_ || read_ahead_) return {file_frame_.data(), file_frame_.size()};
     return {call_src_.data(), static_cast<size_t>(source_bytes_)};
 }
 
@@ -198,6 +220,21 @@ std::span<const uint8_t> RgbConverter::convert() {
             src = frame.data();
         } else {
             std::memcpy(call_src_.data(), frame.data(), frame.size());
+        }
+    } else if (read_ahead_) {
+        // Whole groups, then the word after them: Cb of bits 0-9 and Cr of
+        // bits 20-29 from the last group's Cb4 (word 2, bits 20-29) and Cr4
+        // (word 3, bits 10-19).
+        const size_t groups = width_ / 6;
+        for (uint32_t row = 0; row < height_; ++row) {
+            const uint8_t* in = file_frame_.data() + uint64_t{row} * file_pitch_;
+            uint8_t* out = call_src_.data() + uint64_t{row} * src_pitch_;
+            std::memcpy(out, in, groups * 16);
+            const uint8_t* last = out + (groups - 1) * 16;
+            const uint32_t cb = load_le32(last + 8) >> 20 & 0x3FF;
+            const uint32_t cr = load_le32(last + 12) >> 10 & 0x3FF;
+            const uint32_t word = cb | cr << 20;
+            for (int b = 0; b < 4; ++b) out[groups * 16 + b] = static_cast<uint8_t>(word >> 8 * b);
         }
     } else if (relaid_) {
         // Plane by plane, row by row; the extra row repeats the last row and

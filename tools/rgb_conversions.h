@@ -51,14 +51,19 @@ class RgbConverter : public Converter {
     uint32_t src_pitch_ = 0;
     uint32_t dst_pitch_ = 0;
 
-    // A library conversion to another YCbCr format first (v210, and UYVY to
-    // 24 and 32 bits: see rgb_conversions.cpp), converting the source frame.
+    // A library conversion to another YCbCr format first (UYVY to 24 and 32
+    // bits: see rgb_conversions.cpp), converting the source frame.
     std::unique_ptr<FrameConverter> before_;
     // An odd-sized planar source, read as the file lays it out and copied onto
     // the planes the library reads at the even size.
     bool relaid_ = false;
     std::vector<PlaneRows> file_planes_, call_planes_;
     std::vector<uint8_t> file_frame_;
+    // v210 rows of whole groups, read as the file lays them out and copied
+    // onto rows 16 bytes wider, the word after the last group set (see
+    // rgb_conversions.cpp).
+    bool read_ahead_ = false;
+    uint32_t file_pitch_ = 0;
     uint64_t source_bytes_ = 0;
 
     // What the RGB converter reads and writes, as long as the library says

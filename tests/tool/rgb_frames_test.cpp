@@ -5,9 +5,12 @@
 //
 // The inputs are random samples (two frames a file). FFmpeg reads them (its
 // pixel-format descriptors for the 8-bit formats, its v210 decoder for v210)
-// into 8-bit Y, Cb, Cr per pixel: each pixel pair takes its pair's chroma, and
-// 4:2:0 rows 2k and 2k + 1 take chroma row k; v210 samples are truncated to 8
-// bits, as the command documents. Two references are made from those samples:
+// into Y, Cb, Cr per pixel: each pixel pair takes its pair's chroma, and 4:2:0
+// rows 2k and 2k + 1 take chroma row k. v210 keeps its 10-bit samples, and its
+// odd pixels take the mean (a + b) >> 1 of the pairs on either side, the last
+// pixel of a row its own pair, as the library's converters from v210 are
+// documented to and the command calls them. Two references are made from
+// those samples:
 //   - libswscale's conversion to 24-bit RGB, for the full-range matrices
 //     (BT.601, BT.709, BT.2020), within 3 per channel: it rounds where the
 //     library truncates;
@@ -17,9 +20,11 @@
 // Every other depth and layout is then checked byte for byte against the
 // 24-bit R, G, B output of the same conversion, reordered, packed into 15- or
 // 16-bit words (top bits of each channel) or turned bottom-up; and the PNG
-// files of 'cycbcr preview' are read back with libpng.
+// files of 'cycbcr preview' are read back with libpng. v210 frames are also
+// held byte for byte to the library's converters from v210, called here.
 //
 // Usage: rgb_frames_test PATH_TO_CYCBCR [gtest arguments]
+#include <cycbcr.h>
 #include <gtest/gtest.h>
 #include <png.h>
 
@@ -60,10 +65,11 @@ struct Size {
     uint32_t w, h;
 };
 
-// Odd and even widths and heights; FFmpeg's v210 decoder works in slices of
-// four rows, so v210 takes no size below that.
-const Size kSizes[] = {{1, 1},  {3, 2},  {1, 5},  {2, 4},   {3, 5},  {17, 4},
-                       {17, 5}, {64, 4}, {64, 5}, {721, 5}, {721, 6}};
+// Odd and even widths and heights (48: v210 rows of whole groups that run on
+// into the next row); FFmpeg's v210 decoder works in slices of four rows, so
+// v210 takes no size below that.
+const Size kSizes[] = {{1, 1},  {3, 2},  {1, 5},  {2, 4},  {3, 5},   {17, 4},
+                       {17, 5}, {48, 4}, {64, 4}, {64, 5}, {721, 5}, {721, 6}};
 
 bool applies(const Format& f, Size s) {
     return f.kind != Kind::V210 || s.h >= 4;
@@ -73,21 +79,21 @@ size_t frame_bytes(const Format& f, Size s) {
     return cycbcr_tool_test::frame_bytes(f, s.w, s.h);
 }
 
-// One frame as 8-bit samples for every pixel.
+// One frame as samples of `bits` bits (8, or 10 for v210) for every pixel.
 struct Picture {
     uint32_t w = 0, h = 0;
-    std::vector<uint8_t> y, cb, cr;
+    int bits = 8;
+    std::vector<uint16_t> y, cb, cr;
 };
 
 // FFmpeg's reading of one frame of the format; an empty picture when FFmpeg
 // refuses it.
 Picture read_frame(const Format& f, const uint8_t* data, Size s) {
     const uint32_t chroma_w = (s.w + 1) / 2;
-    Picture p{s.w, s.h, {}, {}, {}};
+    Picture p{s.w, s.h, 8, {}, {}, {}};
     // Chroma samples per chroma row, and which chroma row a picture row takes.
     std::vector<std::vector<uint16_t>> chroma[2];
     std::vector<std::vector<uint16_t>> luma;
-    int shift = 0;
     if (f.kind == Kind::V210) {
         using namespace cycbcr_test::ffmpeg_detail;
         auto ctx = open_v210(false, s.w, s.h);
@@ -108,7 +114,7 @@ Picture read_frame(const Format& f, const uint8_t* data, Size s) {
                 rows.emplace_back(row, row + (c == 0 ? s.w : chroma_w));
             }
         }
-        shift = 2;
+        p.bits = 10;
     } else {
         std::vector<uint8_t> copy(data, data + frame_bytes(f, s));
         ImageView v = image_view(f, copy.data(), s.w, s.h);
@@ -126,9 +132,15 @@ Picture read_frame(const Format& f, const uint8_t* data, Size s) {
     for (uint32_t r = 0; r < s.h; ++r) {
         const uint32_t cr_row = f.kind == Kind::Planar420 ? r / 2 : r;
         for (uint32_t x = 0; x < s.w; ++x) {
-            p.y.push_back(static_cast<uint8_t>(luma[r][x] >> shift));
-            p.cb.push_back(static_cast<uint8_t>(chroma[0][cr_row][x / 2] >> shift));
-            p.cr.push_back(static_cast<uint8_t>(chroma[1][cr_row][x / 2] >> shift));
+            p.y.push_back(luma[r][x]);
+            for (int c = 0; c < 2; ++c) {
+                const std::vector<uint16_t>& row = chroma[c][cr_row];
+                const bool between = f.kind == Kind::V210 && x % 2 == 1 && x + 1 < s.w;
+                const uint16_t v = between
+                                       ? static_cast<uint16_t>((row[x / 2] + row[x / 2 + 1]) >> 1)
+                                       : row[x / 2];
+                (c == 0 ? p.cb : p.cr).push_back(v);
+            }
         }
     }
     return p;
@@ -193,11 +205,14 @@ std::vector<double> model_rgb(const Picture& p, int matrix) {
     const double chroma_scale = full_scale_chroma(matrix) ? 1.0
                                 : k.studio                ? 219.0 / 224.0
                                                           : 255.0 / 224.0;
+    // 10-bit samples are the 8-bit ones times 4.
+    const double unit = p.bits == 10 ? 4.0 : 1.0;
     std::vector<double> out;
     for (size_t i = 0; i < p.y.size(); ++i) {
-        const double l = k.studio ? p.y[i] : (p.y[i] - 16.0) * 255.0 / 219.0;
-        const double u = (p.cb[i] - 128.0) * chroma_scale;
-        const double v = (p.cr[i] - 128.0) * chroma_scale;
+        const double y = p.y[i] / unit;
+        const double l = k.studio ? y : (y - 16.0) * 255.0 / 219.0;
+        const double u = (p.cb[i] / unit - 128.0) * chroma_scale;
+        const double v = (p.cr[i] / unit - 128.0) * chroma_scale;
         const double rgb[3] = {l + 2 * (1 - k.kr) * v,
                                l - 2 * (1 - k.kb) * k.kb / kg * u - 2 * (1 - k.kr) * k.kr / kg * v,
                                l + 2 * (1 - k.kb) * u};
@@ -226,9 +241,10 @@ std::vector<uint8_t> swscale_rgb(const Picture& p, int matrix) {
     if (matrix % 2 == 1) return {};
     const int cs = matrix < 2 ? SWS_CS_ITU601 : matrix < 6 ? SWS_CS_ITU709 : SWS_CS_BT2020;
     const int w = static_cast<int>(p.w), h = static_cast<int>(p.h);
-    SwsContext* ctx = sws_getContext(w, h, AV_PIX_FMT_YUV444P, w, h, AV_PIX_FMT_RGB24,
-                                     SWS_POINT | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT, nullptr,
-                                     nullptr, nullptr);
+    const bool ten = p.bits == 10;
+    SwsContext* ctx = sws_getContext(
+        w, h, ten ? AV_PIX_FMT_YUV444P10LE : AV_PIX_FMT_YUV444P, w, h, AV_PIX_FMT_RGB24,
+        SWS_POINT | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT, nullptr, nullptr, nullptr);
     if (ctx == nullptr) return {};
     int* inv_table = nullptr;
     int* table = nullptr;
@@ -237,8 +253,19 @@ std::vector<uint8_t> swscale_rgb(const Picture& p, int matrix) {
                              &contrast, &saturation);
     sws_setColorspaceDetails(ctx, sws_getCoefficients(cs), 0, table, 1, brightness, contrast,
                              saturation);
-    const uint8_t* src[3] = {p.y.data(), p.cb.data(), p.cr.data()};
-    const int src_stride[3] = {w, w, w};
+    // 8-bit planes of bytes, 10-bit ones of native (little-endian) words.
+    std::vector<uint8_t> planes[3];
+    const std::vector<uint16_t>* samples[3] = {&p.y, &p.cb, &p.cr};
+    const uint8_t* src[3] = {};
+    for (int c = 0; c < 3; ++c) {
+        if (ten) {
+            src[c] = reinterpret_cast<const uint8_t*>(samples[c]->data());
+        } else {
+            planes[c].assign(samples[c]->begin(), samples[c]->end());
+            src[c] = planes[c].data();
+        }
+    }
+    const int src_stride[3] = {ten ? 2 * w : w, ten ? 2 * w : w, ten ? 2 * w : w};
     std::vector<uint8_t> out(size_t{p.w} * p.h * 3);
     uint8_t* dst[1] = {out.data()};
     const int dst_stride[1] = {3 * w};
@@ -535,6 +562,68 @@ TEST_P(RgbFrames, MatchFfmpegAndEveryLayout) {
     // Random samples leave the RGB range often; enough stay inside it for
     // libswscale to have checked every format.
     EXPECT_GT(swscale_pixels, 500u);
+}
+
+// v210 to every depth is the picture of the library's converter of the depth
+// (cycbcr_012v_to_rgb555/565/24/32) called here on the same frames at the
+// same level, rows at the natural v210 pitch; rows of whole groups are given
+// 16 more bytes whose first word holds their last pair (Cb4, Cr4), which the
+// converter reads for the row's last pixel: the rule the command documents.
+TEST(V210ToRgb, IsTheLibrarysConverter) {
+    const Format& f = kFormats[std::size(kFormats) - 1];
+    ASSERT_EQ(f.kind, Kind::V210);
+    const struct {
+        Depth depth;
+        cycbcr_rgb_converter convert;
+    } depths[] = {{Depth::Rgb555, cycbcr_012v_to_rgb555},
+                  {Depth::Rgb565, cycbcr_012v_to_rgb565},
+                  {Depth::Rgb24, cycbcr_012v_to_rgb24},
+                  {Depth::Rgb32, cycbcr_012v_to_rgb32}};
+    const unsigned int chosen = cycbcr_get_cpu(1);
+    for (const Size s : {Size{6, 2}, Size{17, 3}, Size{48, 2}, Size{64, 1}, Size{1, 1}}) {
+        const std::vector<uint8_t> input = random_frames(f, s, 99 + s.w);
+        const std::filesystem::path in = g_dir / "v210.in";
+        write_file(in, input);
+        const size_t frame = frame_bytes(f, s);
+        const uint32_t file_pitch = static_cast<uint32_t>(frame / s.h);
+        const uint32_t groups = s.w / 6;
+        const uint32_t pitch = file_pitch + (s.w % 6 == 0 ? 16 : 0);
+        for (const unsigned int level : {chosen, 0u}) {
+            for (const auto& d : depths) {
+                for (const auto& [type, matrix] : {std::pair{0u, 0u}, {0x8003u, 5u}, {2u, 7u}}) {
+                    SCOPED_TRACE(std::string(depth_name(d.depth)) + " " + size_text(s) + " level " +
+                                 std::to_string(level) + " type " + std::to_string(type) +
+                                 " matrix " + std::to_string(matrix));
+                    cycbcr_set_cpu(level);
+                    const size_t out_bytes = size_t{s.w} * s.h * pixel_bytes(d.depth);
+                    std::vector<uint8_t> want;
+                    for (int n = 0; n < kFrames; ++n) {
+                        std::vector<uint8_t> src(size_t{pitch} * s.h + 64);
+                        for (uint32_t r = 0; r < s.h; ++r) {
+                            const uint8_t* row = input.data() + n * frame + size_t{r} * file_pitch;
+                            uint8_t* to = src.data() + size_t{r} * pitch;
+                            std::memcpy(to, row, file_pitch);
+                            if (s.w % 6 != 0) continue;
+                            uint32_t w2 = 0, w3 = 0;
+                            std::memcpy(&w2, to + 16 * groups - 8, 4);
+                            std::memcpy(&w3, to + 16 * groups - 4, 4);
+                            const uint32_t word = (w2 >> 20 & 0x3FF) | (w3 >> 10 & 0x3FF) << 20;
+                            std::memcpy(to + 16 * groups, &word, 4);
+                        }
+                        std::vector<uint8_t> dst(out_bytes + 64);
+                        d.convert(dst.data(), src.data(), s.w, s.h,
+                                  static_cast<uint32_t>(out_bytes / s.h), pitch, matrix, type);
+                        want.insert(want.end(), dst.begin(), dst.begin() + out_bytes);
+                    }
+                    EXPECT_EQ(convert(f, s, in, d.depth,
+                                      {"--matrix", std::to_string(matrix), "--rgb-type",
+                                       std::to_string(type), "--level", std::to_string(level)}),
+                              want);
+                }
+            }
+        }
+    }
+    cycbcr_set_cpu(chosen);
 }
 
 std::string format_name(const testing::TestParamInfo<const Format*>& info) {

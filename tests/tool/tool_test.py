@@ -119,14 +119,25 @@ def studio_to_rgb(y, cb, cr, kr=0.299, kb=0.114):
 
 def bars_rgb(width, ten_bit=False):
     """One row of the built-in bars as R, G, B per pixel: each pixel's Y, the
-    chroma of the even pixel of its pair (v210's 10-bit samples truncated to 8
-    bits, as the command documents)."""
-    bars = [tuple(v >> 2 for v in bar) for bar in BARS_75_10] if ten_bit else BARS_75
+    chroma of the even pixel of its pair. v210 keeps its 10-bit samples (a
+    quarter of each is the 8-bit value), and an odd pixel takes the mean
+    (a + b) >> 1 of the pairs on either side (the last pixel its own pair), as
+    the library's converters from v210 are documented to."""
+    if not ten_bit:
+        row = []
+        for x in range(width):
+            y = BARS_75[x * 8 // width][0]
+            _, cb, cr = BARS_75[(x - x % 2) * 8 // width]
+            row.append(studio_to_rgb(y, cb, cr))
+        return row
     row = []
     for x in range(width):
-        y = bars[x * 8 // width][0]
-        _, cb, cr = bars[(x - x % 2) * 8 // width]
-        row.append(studio_to_rgb(y, cb, cr))
+        y = BARS_75_10[x * 8 // width][0]
+        _, cb, cr = BARS_75_10[(x - x % 2) * 8 // width]
+        if x % 2 == 1 and x + 1 < width:
+            _, cb2, cr2 = BARS_75_10[(x + 1) * 8 // width]
+            cb, cr = (cb + cb2) >> 1, (cr + cr2) >> 1
+        row.append(studio_to_rgb(y / 4, cb / 4, cr / 4))
     return row
 
 
@@ -351,6 +362,27 @@ class V210Conversions(ToolCase):
         data = self.random_bytes(v210_row_bytes(7) * 3 * 2)
         self.assertEqual(self.convert("v210", "v210", "7x3", data), data)
 
+    def test_v210_to_rgb_last_pixel_of_whole_groups_takes_its_own_pair(self):
+        # Rows of whole groups: the last pixel's chroma is its own pair's,
+        # whatever follows the row's groups (padding, or at 48 pixels the next
+        # row). Y is the same everywhere, so pixels 4 and 5 of the last group
+        # have the same colour; the words after the groups, and the next
+        # row's first pair, hold other chroma.
+        grey = [512, 500, 512, 500] * 3
+        last = grey[:8] + [800, 500, 300, 500]  # pair 4: Cb 800, Cr 300
+        other = [0, 500, 1023]  # Cb 0, Cr 1023
+        for width in (6, 42, 48):
+            groups, row_bytes = width // 6, v210_row_bytes(width)
+            samples = grey * (groups - 1) + last + other * ((row_bytes - groups * 16) // 4)
+            data = v210_row(samples, width) + v210_row(other + samples[3:], width)
+            for depth, size in (("rgb24", 3), ("rgb32", 4), ("rgb565", 2)):
+                for level in ("0", "5"):
+                    out = self.convert("v210", depth, f"{width}x2", data, "--level", level)
+                    for r in (0, 1):
+                        px = out[(r * width + width - 2) * size:(r * width + width) * size]
+                        self.assertEqual(px[:size], px[size:], (width, depth, level, r))
+                        self.assertNotEqual(px[:size], out[r * width * size:][:size])
+
     def test_v210_to_uyvy_rounds_by_the_level_rule(self):
         # One group, Y samples on the rounding edges, chroma 512 (128 at 8 bits).
         ys = [513, 514, 1020, 1021, 1022, 1023]
@@ -455,7 +487,7 @@ class FormatListing(ToolCase):
         eight_bit = ["UYVY", "YUY2", "YVYU", "cyuv", "I420", "YV12", "P422"]
         built = {(a, b) for a in eight_bit for b in eight_bit}
         built |= {("UYVY", "v210"), ("v210", "UYVY"), ("v210", "v210")}
-        # Every YCbCr format to every RGB depth, v210 through YUY2.
+        # Every YCbCr format to every RGB depth.
         built |= {(a, b) for a in YCBCR for b in RGB_DEPTHS}
         # RGB to every 8-bit YCbCr format and v210.
         built |= {("rgb32", b) for b in eight_bit + ["v210"]}
