@@ -994,10 +994,10 @@ CYCBCR_API unsigned int cycbcr_012v_to_rgb32_Alpha(uint8_t* dst, const uint8_t* 
  *   sum >> 7 (arithmetic shift: rounded toward minus infinity) clamped to
  *   0..65535. A vector form: its AVX2 rows on any AVX2 processor whatever the
  *   level, the same rule in plain code elsewhere. Returns width * height * 6. */
-#define CYCBCR_V210_TO_RGB_ENGINE(name)                                                     \
-    CYCBCR_API unsigned int name(uint8_t* dst, const uint8_t* src, unsigned int width,     \
-                                 unsigned int height, unsigned int dstPitch,               \
-                                 unsigned int srcPitch, QBYCBCRMatrix matrix,              \
+#define CYCBCR_V210_TO_RGB_ENGINE(name)                                                \
+    CYCBCR_API unsigned int name(uint8_t* dst, const uint8_t* src, unsigned int width, \
+                                 unsigned int height, unsigned int dstPitch,           \
+                                 unsigned int srcPitch, QBYCBCRMatrix matrix,          \
                                  QBYCBCRRgbType rgbType, unsigned int depth)
 CYCBCR_V210_TO_RGB_ENGINE(cycbcr_v210ToRGB);
 CYCBCR_V210_TO_RGB_ENGINE(cycbcr_v210ToRGBInt);
@@ -1195,10 +1195,10 @@ CYCBCR_FROM_RGB_ENGINE(FromRGBInt_avx2);
  *   plain rows (never back to v210FromRGB). bitsPerPixel: 32 reads 4-byte
  *   pixels, every other value 3-byte pixels.
  * All three return height * dstPitch (64-bit), also for height 0. */
-#define CYCBCR_TO_V210_ENGINE(name)                                                               \
-    CYCBCR_API uint64_t name(uint8_t* dst, const uint8_t* src, unsigned int width,               \
-                             unsigned int height, unsigned int dstPitch, unsigned int srcPitch,  \
-                             QBYCBCRMatrix matrix, QBYCBCRRgbType rgbType,                       \
+#define CYCBCR_TO_V210_ENGINE(name)                                                             \
+    CYCBCR_API uint64_t name(uint8_t* dst, const uint8_t* src, unsigned int width,              \
+                             unsigned int height, unsigned int dstPitch, unsigned int srcPitch, \
+                             QBYCBCRMatrix matrix, QBYCBCRRgbType rgbType,                      \
                              unsigned int bitsPerPixel)
 CYCBCR_TO_V210_ENGINE(v210FromRGB);
 CYCBCR_TO_V210_ENGINE(v210FromRGBNoFilter);
@@ -1241,10 +1241,10 @@ CYCBCR_FROM_RGB_CONVERTER(cycbcr_RGB10_to_012v);
  * 0. Row r is written at byte (r * width * 4) / 3 of dst whatever dstPitch
  * says ((width + 2) / 3 words a row, so rows of a width that is not a multiple
  * of 3 overlap, later rows over earlier). Returns height * width * 4 / 3. */
-CYCBCR_API uint64_t cycbcr_RGB32_to_012v_Alpha(uint8_t* dst, const uint8_t* src,
-                                               unsigned int width, unsigned int height,
-                                               unsigned int dstPitch, unsigned int srcPitch,
-                                               uint8_t options, QBYCBCRRgbType rgbType);
+CYCBCR_API uint64_t cycbcr_RGB32_to_012v_Alpha(uint8_t* dst, const uint8_t* src, unsigned int width,
+                                               unsigned int height, unsigned int dstPitch,
+                                               unsigned int srcPitch, uint8_t options,
+                                               QBYCBCRRgbType rgbType);
 
 #ifdef __cplusplus
 } /* extern "C" */
