@@ -136,6 +136,17 @@ extern "C" CYCBCR_API unsigned int cycbcr_converter_buffer_sizes(
             const Extent other = fromrgb::to_v210_other_extent(name, c, &known);
             if (known) e = other;
         }
+        // The converters to RGB with an alpha plane: their frames as the 32-bit
+        // converter's (the plane is a third buffer, sized in the header).
+        if (!known && std::strcmp(name, "cycbcr_012v_to_rgb32_Alpha") == 0) {
+            e = colour::v210_to_rgb_extent(Format::RGB32, c);
+            known = true;
+        }
+        if (!known && (std::strcmp(name, "cycbcr_uyvy_to_rgb32_Alpha") == 0 ||
+                       std::strcmp(name, "cycbcr_uyvy_to_rgb32_alpha_avx2") == 0)) {
+            e = colour::to_rgb_extent(Format::UYVY, Format::RGB32, c, matrix, rgbType);
+            known = true;
+        }
         if (!known && std::strcmp(name, "cycbcr_RGB64_to_uyvy") == 0) {
             // 48 or 64 bits a pixel by its ninth argument: the wider of both.
             e = widest(

@@ -201,7 +201,9 @@ CYCBCR_API unsigned int cycbcr_buffer_sizes(unsigned int dstFourCC, unsigned int
 /* The same for any converter by its exported name (every converter with the
  * converter arguments, with or without matrix and rgbType, _avx2 forms
  * included; also cycbcr_RGB64_to_uyvy, answered for the wider of 48 and 64
- * bits, cycbcr_RGB32F_to_uyvy and cycbcr_RGB32_to_uyvy_Alpha), for exactly
+ * bits, cycbcr_RGB32F_to_uyvy, cycbcr_RGB32_to_uyvy_Alpha, the other RGB to
+ * v210 converters, and the converters to RGB with an alpha plane, answered for
+ * their frames (the plane's size is in their sections)), for exactly
  * this call: matrix and rgbType matter only to the converters to and from RGB,
  * and cycbcr_buffer_sizes() answers for the widest of them. A source the
  * converter writes (cycbcr_RGB32_to_uyvy swapping R and B in place) counts in

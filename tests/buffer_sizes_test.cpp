@@ -253,6 +253,39 @@ TEST(BufferSizes, UnknownPairsAnswerNothing) {
 }
 
 // A worked case of each kind, figured from the formats' definitions.
+// The converters to RGB with an alpha plane answer for their frames as their
+// plain 32-bit converters do, and stay within those bytes.
+TEST(BufferSizes, AlphaConvertersAnswerForTheirFrames) {
+    const struct {
+        const char* name;
+        const char* plain;
+    } pairs[] = {{"cycbcr_012v_to_rgb32_Alpha", "cycbcr_012v_to_rgb32"},
+                 {"cycbcr_uyvy_to_rgb32_Alpha", "cycbcr_uyvy_to_rgb32"}};
+    for (const auto& p : pairs)
+        for (uint32_t w : {6u, 13u, 50u}) {
+            uint64_t d = 0, s = 0, pd = 0, ps = 0;
+            ASSERT_EQ(cycbcr_converter_buffer_sizes(p.name, w, 3, w * 4 + 8, 160, 0, 0, &d, &s), 1u)
+                << p.name;
+            ASSERT_EQ(cycbcr_converter_buffer_sizes(p.plain, w, 3, w * 4 + 8, 160, 0, 0, &pd, &ps),
+                      1u);
+            EXPECT_EQ(d, pd) << p.name << " " << w;
+            EXPECT_EQ(s, ps) << p.name << " " << w;
+            for (uint32_t level : {0u, 5u}) {
+                cycbcr_set_cpu(level);
+                GuardedBuffer dst(d), src(s);
+                std::memset(src.data(), 0x80, s);
+                const std::vector<uint8_t> alpha(size_t{w} * 3 * 2, 0xFF);
+                if (std::strcmp(p.name, "cycbcr_012v_to_rgb32_Alpha") == 0)
+                    cycbcr_012v_to_rgb32_Alpha(dst.data(), src.data(), alpha.data(), w, 3,
+                                               w * 4 + 8, 160, 0, 0);
+                else
+                    cycbcr_uyvy_to_rgb32_Alpha(dst.data(), src.data(), alpha.data(), w, 3,
+                                               w * 4 + 8, 160, 0, 0);
+                EXPECT_TRUE(dst.slack_intact()) << p.name << " " << w;
+            }
+        }
+}
+
 TEST(BufferSizes, WorkedExamples) {
     uint64_t d = 0, s = 0;
     // UYVY to YUY2, 720x576 at 1440: whole frames.
