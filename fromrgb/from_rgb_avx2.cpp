@@ -23,71 +23,18 @@
 #include <initializer_list>
 
 #include "fromrgb/from_rgb.h"
+#include "fromrgb/rgb_words_avx2.h"
 #include "platform/memory.h"
 
 namespace cycbcr::fromrgb {
 namespace {
 
-// Source lines are asked for this far ahead: without it a frame read from
-// beyond the cache runs at half speed or worse whenever its rows begin on a
-// cache line (the loads then never touch the next line early).
-constexpr size_t kAhead = 4096;
+using namespace avx2;
 
 constexpr float kPer15625 = std::bit_cast<float>(0x388637BEu);  // just above 1/15625
 static_assert(double{kPer15625} > 1.0 / 15625 &&
               double{std::bit_cast<float>(0x388637BDu)} < 1.0 / 15625);
 
-CYCBCR_INLINE __m256i pair16(int32_t lo, int32_t hi) {
-    return _mm256_set1_epi32(static_cast<int32_t>((static_cast<uint32_t>(hi) << 16) |
-                                                  (static_cast<uint32_t>(lo) & 0xFFFFu)));
-}
-
-// The same 16-byte pattern in both lanes.
-CYCBCR_INLINE __m256i lanes(const int8_t (&m)[16]) {
-    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(m));
-    return _mm256_broadcastsi128_si256(v);
-}
-
-// Per lane, four pixels to (B, G) and (R, 0) word pairs: the pshufb masks of a
-// layout of 3- or 4-byte pixels, lane-relative (a lane holds pixels 4k..4k+3
-// from its first byte).
-struct Unpack {
-    __m256i bg, r;
-};
-Unpack unpack_masks(PixelLayout l) {
-    int8_t bg[16], r[16];
-    for (int j = 0; j < 4; ++j) {
-        const int at = j * static_cast<int>(l.bytes);
-        bg[4 * j] = static_cast<int8_t>(at + static_cast<int>(l.b));
-        bg[4 * j + 1] = -1;
-        bg[4 * j + 2] = static_cast<int8_t>(at + static_cast<int>(l.g));
-        bg[4 * j + 3] = -1;
-        r[4 * j] = static_cast<int8_t>(at + static_cast<int>(l.r));
-        r[4 * j + 1] = -1;
-        r[4 * j + 2] = -1;
-        r[4 * j + 3] = -1;
-    }
-    return {lanes(bg), lanes(r)};
-}
-
-// Eight pixels from p: pixels 0-3 in the low lane, 4-7 in the high one. Three
-// byte pixels read four bytes past the eighth pixel.
-template <uint32_t Bytes>
-CYCBCR_INLINE __m256i load8(const uint8_t* p) {
-    if constexpr (Bytes == 4) {
-        return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
-    } else {
-        return _mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(p + 12),
-                                   reinterpret_cast<const __m128i*>(p));
-    }
-}
-
-struct Words {
-    __m256i bg, r;  // (B, G) and (R, 0) per pixel
-};
-CYCBCR_INLINE Words words8(__m256i v, const Unpack& m) {
-    return {_mm256_shuffle_epi8(v, m.bg), _mm256_shuffle_epi8(v, m.r)};
-}
 // The even pixels of sixteen (two Words of eight), as eight lanes: pairs 0, 1,
 // 4, 5 in the low lane and 2, 3, 6, 7 in the high one.
 CYCBCR_INLINE Words evens(const Words& a, const Words& b) {
@@ -160,28 +107,6 @@ constexpr float kPer1000 = std::bit_cast<float>(0x3A83126Fu);  // just above 1/1
 static_assert(double{kPer1000} > 1.0 / 1000 &&
               double{std::bit_cast<float>(0x3A83126Eu)} < 1.0 / 1000);
 
-struct Weights {
-    __m256i bgHi, rHi, bgLo, rLo;  // thousandths: the weights whole in bgLo, rLo
-};
-template <bool Thousands>
-Weights weights(int32_t r, int32_t g, int32_t b) {
-    if constexpr (Thousands) {
-        const __m256i none = _mm256_setzero_si256();
-        return {none, none, pair16(b / 1000, g / 1000), pair16(r / 1000, 0)};
-    }
-    auto hi = [](int32_t c) { return c >> 15; };
-    auto lo = [](int32_t c) { return c & 32767; };
-    return {pair16(hi(b), hi(g)), pair16(hi(r), 0), pair16(lo(b), lo(g)), pair16(lo(r), 0)};
-}
-template <bool Thousands>
-CYCBCR_INLINE __m256i weighted_sum(const Words& w, const Weights& s) {
-    const __m256i lo =
-        _mm256_add_epi32(_mm256_madd_epi16(w.bg, s.bgLo), _mm256_madd_epi16(w.r, s.rLo));
-    if constexpr (Thousands) return lo;
-    const __m256i hi =
-        _mm256_add_epi32(_mm256_madd_epi16(w.bg, s.bgHi), _mm256_madd_epi16(w.r, s.rHi));
-    return _mm256_add_epi32(_mm256_slli_epi32(hi, 15), lo);
-}
 // The quotient toward zero of a biased sum by 1,000,000 (or of a sum in
 // thousands by 1000). The shift by 6 of a negative sum rounds toward zero when
 // 63 was added with the bias.
@@ -215,9 +140,12 @@ ExactConsts exact_consts(const FromRgbRow& k, bool planar) {
     auto b = [](int32_t v) { return Thousands ? (v >= 0 ? v / 1000 : -((-v + 999) / 1000)) : v; };
     const int32_t shift = Thousands ? 0 : 63;
     const int32_t y = b(499999);
-    return {weights<Thousands>(k.rToY, k.gToY, k.bToY),
-            weights<Thousands>(k.rToCb, k.gToCb, k.bToCb),
-            weights<Thousands>(k.rToCr, k.gToCr, k.bToCr),
+    // Whole thousands go in as thousands, whole.
+    auto w = [](int32_t r, int32_t g, int32_t b) {
+        if constexpr (Thousands) return weights<false>(r / 1000, g / 1000, b / 1000);
+        return weights<true>(r, g, b);
+    };
+    return {w(k.rToY, k.gToY, k.bToY), w(k.rToCb, k.gToCb, k.bToCb), w(k.rToCr, k.gToCr, k.bToCr),
             // The planar layout's odd pixel has no rounding step.
             planar ? _mm256_set_epi32(0, y, 0, y, 0, y, 0, y) : _mm256_set1_epi32(y),
             _mm256_set1_epi16(static_cast<int16_t>(k.yOffset)), _mm256_set1_epi32(b(549999)),
@@ -240,7 +168,7 @@ void exact_row_avx2(const RowArgs& a, const FromRgbRow& k, PixelLayout l, ExactR
         const Words w0 = words8(load8<Bytes>(s), m);
         const Words w1 = words8(load8<Bytes>(s + 8 * Bytes), m);
         auto luma = [&](const Words& w) {
-            return quotient<Thousands>(_mm256_add_epi32(weighted_sum<Thousands>(w, c.y), c.yBias));
+            return quotient<Thousands>(_mm256_add_epi32(weighted_sum<!Thousands>(w, c.y), c.yBias));
         };
         // Quotients below 2^15: the signed pack keeps them.
         const __m256i yw = _mm256_adds_epu16(_mm256_packs_epi32(luma(w0), luma(w1)), c.yOffset);
@@ -252,9 +180,9 @@ void exact_row_avx2(const RowArgs& a, const FromRgbRow& k, PixelLayout l, ExactR
         }
         const Words e = evens(w0, w1);
         const __m256i cbq =
-            chroma_quotient<Thousands>(weighted_sum<Thousands>(e, c.cb), c.cbUp, c.cbNeg);
+            chroma_quotient<Thousands>(weighted_sum<!Thousands>(e, c.cb), c.cbUp, c.cbNeg);
         const __m256i crq =
-            chroma_quotient<Thousands>(weighted_sum<Thousands>(e, c.cr), c.crUp, c.crNeg);
+            chroma_quotient<Thousands>(weighted_sum<!Thousands>(e, c.cr), c.crUp, c.crNeg);
         const __m256i cw = _mm256_add_epi16(_mm256_packs_epi32(cbq, crq), c.c128);
         const __m256i all = combine(yw, _mm256_packus_epi16(cw, cw));
         if constexpr (Planar)

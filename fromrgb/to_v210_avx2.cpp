@@ -21,6 +21,7 @@
 #include <bit>
 #include <initializer_list>
 
+#include "fromrgb/rgb_words_avx2.h"
 #include "fromrgb/to_v210.h"
 #include "platform/memory.h"
 #include "ycbcr10/v210.h"
@@ -28,78 +29,15 @@
 namespace cycbcr::fromrgb {
 namespace {
 
-// Source lines are asked for this far ahead (rows that begin on a cache line
-// otherwise run at half speed from memory).
-constexpr size_t kAhead = 4096;
+using namespace avx2;
 
 constexpr float kPer625 = std::bit_cast<float>(0x3AD1B718u);  // just above 1/625
 static_assert(double{kPer625} > 1.0 / 625 && double{std::bit_cast<float>(0x3AD1B717u)} < 1.0 / 625);
 
-CYCBCR_INLINE __m256i pair16(int32_t lo, int32_t hi) {
-    return _mm256_set1_epi32(static_cast<int32_t>((static_cast<uint32_t>(hi) << 16) |
-                                                  (static_cast<uint32_t>(lo) & 0xFFFFu)));
-}
-CYCBCR_INLINE __m256i lanes(const int8_t (&m)[16]) {
-    return _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(m)));
-}
-
-// Per lane, four pixels to (B, G) and (R, 0) word pairs (lane-relative masks:
-// a lane holds pixels 4k..4k+3 from its first byte).
-struct Unpack {
-    __m256i bg, r;
-};
-Unpack unpack_masks(PixelLayout l) {
-    int8_t bg[16], r[16];
-    for (int j = 0; j < 4; ++j) {
-        const int at = j * static_cast<int>(l.bytes);
-        bg[4 * j] = static_cast<int8_t>(at + static_cast<int>(l.b));
-        bg[4 * j + 1] = -1;
-        bg[4 * j + 2] = static_cast<int8_t>(at + static_cast<int>(l.g));
-        bg[4 * j + 3] = -1;
-        r[4 * j] = static_cast<int8_t>(at + static_cast<int>(l.r));
-        r[4 * j + 1] = -1;
-        r[4 * j + 2] = -1;
-        r[4 * j + 3] = -1;
-    }
-    return {lanes(bg), lanes(r)};
-}
-
-// Eight pixels from p, 0-3 in the low lane and 4-7 in the high one; 3-byte
-// pixels read four bytes past the eighth.
-template <uint32_t Bytes>
-CYCBCR_INLINE __m256i load8(const uint8_t* p) {
-    if constexpr (Bytes == 4)
-        return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
-    else
-        return _mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(p + 12),
-                                   reinterpret_cast<const __m128i*>(p));
-}
-
-struct Words {
-    __m256i bg, r;
-};
-struct Weights {
-    __m256i bgHi, rHi, bgLo, rLo;
-};
+// A table row's weights of R, G and B.
 template <bool Wide>
-Weights weights(const int32_t (&w)[3]) {
-    if constexpr (!Wide) {
-        const __m256i none = _mm256_setzero_si256();
-        return {none, none, pair16(w[2], w[1]), pair16(w[0], 0)};
-    }
-    auto hi = [](int32_t c) { return c >> 15; };
-    auto lo = [](int32_t c) { return c & 32767; };
-    return {pair16(hi(w[2]), hi(w[1])), pair16(hi(w[0]), 0), pair16(lo(w[2]), lo(w[1])),
-            pair16(lo(w[0]), 0)};
-}
-template <bool Wide>
-CYCBCR_INLINE __m256i weighted_sum(const Words& p, const Weights& s) {
-    const __m256i lo =
-        _mm256_add_epi32(_mm256_madd_epi16(p.bg, s.bgLo), _mm256_madd_epi16(p.r, s.rLo));
-    if constexpr (!Wide) return lo;
-    const __m256i hi =
-        _mm256_add_epi32(_mm256_madd_epi16(p.bg, s.bgHi), _mm256_madd_epi16(p.r, s.rHi));
-    return _mm256_add_epi32(_mm256_slli_epi32(hi, 15), lo);
+Weights weights3(const int32_t (&w)[3]) {
+    return weights<Wide>(w[0], w[1], w[2]);
 }
 // The quotient toward zero by 10,000 of |s| < 2^24.
 CYCBCR_INLINE __m256i per10000(__m256i s) {
@@ -117,7 +55,7 @@ template <uint32_t Bytes, bool Wide>
 uint32_t pixels_avx2(const uint8_t* src, uint32_t n, const V210Row& k, PixelLayout l,
                      const SampleRows& s) {
     const Unpack m = unpack_masks(l);
-    const Weights wy = weights<Wide>(k.y), wb = weights<Wide>(k.cb), wr = weights<Wide>(k.cr);
+    const Weights wy = weights3<Wide>(k.y), wb = weights3<Wide>(k.cb), wr = weights3<Wide>(k.cr);
     const __m256i offset = _mm256_set1_epi32(k.yOffset), top = _mm256_set1_epi32(1023);
     const __m256i mid = _mm256_set1_epi32(512), zero = _mm256_setzero_si256();
     // Three-byte loads reach four bytes past their last pixel: two pixels in
