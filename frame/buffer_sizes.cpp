@@ -8,6 +8,7 @@
 #include "fromrgb/to_v210.h"
 #include "torgb/to_rgb.h"
 #include "torgb/v210_to_rgb.h"
+#include "ycbcr10/planar16.h"
 
 #include <cstring>
 #include <initializer_list>
@@ -56,6 +57,7 @@ constexpr FormatPairs<ExtentOf> kExtents = make_extents();
 // The families that answer for converters with separate plane pointers.
 constexpr PointerExtentOf kPointerFamilies[] = {
     v210_planes_pointer_extent,
+    planar16_pointer_extent,
 };
 
 }  // namespace

@@ -776,6 +776,137 @@ typedef struct band_job {
 } band_job;
 
 /* ------------------------------------------------------------------------ */
+/* v210 to high-bit-depth planar; 16-bit planar and UYVY                     */
+/* ------------------------------------------------------------------------ */
+
+/* Planes of 16-bit little-endian sample words: p10 holds the 10-bit value in
+ * bits 0-9, p16 all 16 bits. Plane pointers and pitches may be odd. Planes must
+ * not overlap one another or the source. Every converter chooses a processor
+ * level when none is chosen and, at level 5 on an AVX2 processor, hands the
+ * call to its _avx2 form (cycbcr_yuv422p10_to_uyvy only up to width 2048).
+ *
+ * v210 to planar: (dstY, dstCb, dstCr, src, width, height, dstPitch, srcPitch).
+ * v210 rows at the larger of the natural row (ceil(width / 48) * 128 bytes) and
+ * srcPitch. Rows are written in whole v210 groups: ceil(width / 6) * 6 Y samples
+ * a row, so up to 5 samples past the width. Samples are the 10-bit values (p10)
+ * or v << 6 (p16); nothing rounds.
+ *   - 4:2:2 p10 and p16: Y rows dstPitch apart, Cb and Cr rows dstPitch / 2
+ *     apart, ceil(width / 6) * 3 samples each. Return width * height * 4.
+ *   - 4:4:4 p10: all three planes' rows dstPitch apart. Each pixel pair's Cb and
+ *     Cr go to its even pixel; the plain path leaves the odd positions of the
+ *     chroma planes as they were, the _avx2 form writes the pair's chroma to both
+ *     of its pixels (ceil(width / 6) * 6 samples a chroma row). The even
+ *     positions and the Y plane agree on both paths. Returns width * height * 6.
+ *   - 4:2:0 p10 takes (dstY, dstCb, dstCr, src, width, height, yPitch,
+ *     chromaPitch, srcPitch). Chroma row k is (a + b) >> 1 of v210 rows 2k and
+ *     2k + 1; for an odd height the last row is averaged with the v210 row that
+ *     follows it in memory, which the source must therefore hold (height rounded
+ *     up to even rows are read). The plain path ignores yPitch and chromaPitch
+ *     and writes the planes packed: Y rows of ceil(width / 6) * 6 samples and
+ *     chroma rows of ceil(width / 6) * 3 samples back to back; it reads the v210
+ *     rows exactly srcPitch apart (0 reads row 0 again and again). The _avx2
+ *     form writes rows yPitch and chromaPitch apart and reads v210 rows at the
+ *     larger of srcPitch and the natural row. Both return width * height * 3, at
+ *     once for a width or height of 0.
+ *
+ * Planar to UYVY: (dst, srcY, srcCb, srcCr, width, height, dstPitch, srcPitch);
+ * chroma rows srcPitch / 2 apart.
+ *   - cycbcr_yuv422p10_to_uyvy: each byte (v >> 2) & 0xFF (truncated; bits above
+ *     9 ignored). Rows of exactly 2 * width bytes (an odd width ends with the last
+ *     pixel's Cb and Y bytes) at the larger of 2 * width and dstPitch; returns
+ *     that pitch * height. Frames wider than 2048 go in eight row bands (see
+ *     "Row bands"), at every level, and return height * dstPitch as passed. Its
+ *     _internal converts on the calling thread (with the AVX2 row kernel at level
+ *     5 on an AVX2 processor, the same bytes) and _worker is a band's body.
+ *   - cycbcr_yuv420p10_to_uyvy, cycbcr_yuv420p16_to_uyvy: row r takes chroma row
+ *     r / 2; each byte v >> 2 (p10) or v >> 8 (p16). width / 2 whole pixel pairs
+ *     a row (an odd width's last pixel is not written), rows dstPitch apart as
+ *     passed; return dstPitch * height. Within each row the pixels below the
+ *     width rounded down to 16 (when width >= 16) saturate to 255 and the rest
+ *     keep the low eight bits: the same for samples of the stated depth.
+ *
+ * cycbcr_uyvy_to_yuv444p10 (dstY, dstCb, dstCr, src, width, height, dstPitch,
+ * srcPitch): each 8-bit sample v << 2; each pixel pair's Cb and Cr on both of
+ * its pixels. UYVY rows at the larger of 2 * width and srcPitch (an odd width
+ * reads the Cb, Y and Cr bytes of its last pixel's pair: 2 * width + 1 bytes);
+ * all three planes' rows dstPitch apart, width samples each. Returns
+ * width * height * 6.
+ *
+ * cycbcr_converter_pointer_sizes answers every name of this section. */
+CYCBCR_API unsigned int cycbcr_012v_to_yuv422p10(uint8_t* dstY, uint8_t* dstCb, uint8_t* dstCr,
+                                                 const uint8_t* src, unsigned int width,
+                                                 unsigned int height, unsigned int dstPitch,
+                                                 unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_012v_to_yuv422p10_avx2(uint8_t* dstY, uint8_t* dstCb,
+                                                      uint8_t* dstCr, const uint8_t* src,
+                                                      unsigned int width, unsigned int height,
+                                                      unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_012v_to_yuv422p16(uint8_t* dstY, uint8_t* dstCb, uint8_t* dstCr,
+                                                 const uint8_t* src, unsigned int width,
+                                                 unsigned int height, unsigned int dstPitch,
+                                                 unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_012v_to_yuv422p16_avx2(uint8_t* dstY, uint8_t* dstCb,
+                                                      uint8_t* dstCr, const uint8_t* src,
+                                                      unsigned int width, unsigned int height,
+                                                      unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_012v_to_yuv444p10(uint8_t* dstY, uint8_t* dstCb, uint8_t* dstCr,
+                                                 const uint8_t* src, unsigned int width,
+                                                 unsigned int height, unsigned int dstPitch,
+                                                 unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_012v_to_yuv444p10_avx2(uint8_t* dstY, uint8_t* dstCb,
+                                                      uint8_t* dstCr, const uint8_t* src,
+                                                      unsigned int width, unsigned int height,
+                                                      unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_012v_to_yuv420p10(uint8_t* dstY, uint8_t* dstCb, uint8_t* dstCr,
+                                                 const uint8_t* src, unsigned int width,
+                                                 unsigned int height, unsigned int yPitch,
+                                                 unsigned int chromaPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_012v_to_yuv420p10_avx2(uint8_t* dstY, uint8_t* dstCb,
+                                                      uint8_t* dstCr, const uint8_t* src,
+                                                      unsigned int width, unsigned int height,
+                                                      unsigned int yPitch, unsigned int chromaPitch,
+                                                      unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv422p10_to_uyvy(uint8_t* dst, const uint8_t* srcY,
+                                                 const uint8_t* srcCb, const uint8_t* srcCr,
+                                                 unsigned int width, unsigned int height,
+                                                 unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv422p10_to_uyvy_avx2(uint8_t* dst, const uint8_t* srcY,
+                                                      const uint8_t* srcCb, const uint8_t* srcCr,
+                                                      unsigned int width, unsigned int height,
+                                                      unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv422p10_to_uyvy_internal(uint8_t* dst, const uint8_t* srcY,
+                                                          const uint8_t* srcCb,
+                                                          const uint8_t* srcCr, unsigned int width,
+                                                          unsigned int height,
+                                                          unsigned int dstPitch,
+                                                          unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv422p10_to_uyvy_worker(void* job);
+CYCBCR_API unsigned int cycbcr_yuv420p10_to_uyvy(uint8_t* dst, const uint8_t* srcY,
+                                                 const uint8_t* srcCb, const uint8_t* srcCr,
+                                                 unsigned int width, unsigned int height,
+                                                 unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv420p10_to_uyvy_avx2(uint8_t* dst, const uint8_t* srcY,
+                                                      const uint8_t* srcCb, const uint8_t* srcCr,
+                                                      unsigned int width, unsigned int height,
+                                                      unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv420p16_to_uyvy(uint8_t* dst, const uint8_t* srcY,
+                                                 const uint8_t* srcCb, const uint8_t* srcCr,
+                                                 unsigned int width, unsigned int height,
+                                                 unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv420p16_to_uyvy_avx2(uint8_t* dst, const uint8_t* srcY,
+                                                      const uint8_t* srcCb, const uint8_t* srcCr,
+                                                      unsigned int width, unsigned int height,
+                                                      unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_uyvy_to_yuv444p10(uint8_t* dstY, uint8_t* dstCb, uint8_t* dstCr,
+                                                 const uint8_t* src, unsigned int width,
+                                                 unsigned int height, unsigned int dstPitch,
+                                                 unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_uyvy_to_yuv444p10_avx2(uint8_t* dstY, uint8_t* dstCb,
+                                                      uint8_t* dstCr, const uint8_t* src,
+                                                      unsigned int width, unsigned int height,
+                                                      unsigned int dstPitch, unsigned int srcPitch);
+
+/* ------------------------------------------------------------------------ */
 /* 8-bit YCbCr to RGB                                                        */
 /* ------------------------------------------------------------------------ */
 
