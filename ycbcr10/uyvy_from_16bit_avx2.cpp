@@ -27,13 +27,16 @@ void store_uyvy_from_16bit_row(unsigned char* dst, const unsigned short* y,
                              _mm_unpackhi_epi8(c8, y8));
         }
     }
-    auto low8 = [shift](unsigned short v) {
+    // Plane rows may start on an odd byte: samples are read through memcpy.
+    auto low8 = [shift](const unsigned short* p) {
+        unsigned short v;
+        std::memcpy(&v, p, 2);
         return static_cast<unsigned char>(shift >= 16 ? 0 : (v >> shift));
     };
     for (; x + 2 <= width; x += 2) {
-        dst[2 * x] = low8(cb[x / 2]);
-        dst[2 * x + 1] = low8(y[x]);
-        dst[2 * x + 2] = low8(cr[x / 2]);
-        dst[2 * x + 3] = low8(y[x + 1]);
+        dst[2 * x] = low8(cb + x / 2);
+        dst[2 * x + 1] = low8(y + x);
+        dst[2 * x + 2] = low8(cr + x / 2);
+        dst[2 * x + 3] = low8(y + x + 1);
     }
 }
