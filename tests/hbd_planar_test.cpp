@@ -201,25 +201,36 @@ Call call_of(PlanarUyvy fn, const Shape& s) {
     return ::testing::AssertionSuccess();
 }
 
-// Runs `name` (a converter of `fn`'s kind) at `level` (or leaves the level when
-// negative), checks all four buffers and the count against the model.
+// The runs of each converter: the entry at level 0, and where the processor has
+// AVX2 the entry at level 5 and the _avx2 form called directly (kTwin), each
+// with buffers of the sizes answered for the name called.
+constexpr int kTwin = -2;
+std::vector<int> levels() {
+    return have_avx2() ? std::vector<int>{0, 5, kTwin} : std::vector<int>{0};
+}
+// The levels alone, for the tests that call the entries by hand.
+std::vector<int> entry_levels() {
+    return have_avx2() ? std::vector<int>{0, 5} : std::vector<int>{0};
+}
+bool avx2_run(int level) {
+    return level != 0;
+}
+
+// Runs `name` (or `twin`, its _avx2 form, for kTwin) and checks all four
+// buffers and the count against the model.
 template <class Fn>
-void expect_model(const char* name, Fn fn, int level, const Shape& s, uint32_t seed,
+void expect_model(const char* name, Fn fn, Fn twin, int level, const Shape& s, uint32_t seed,
                   const std::function<void(Buffers&)>& model, unsigned int count) {
-    SCOPED_TRACE(std::string(name) + " level " + std::to_string(level));
+    const std::string called = level == kTwin ? std::string(name) + "_avx2" : std::string(name);
+    SCOPED_TRACE(called + " level " + std::to_string(level));
     SCOPED_TRACE(::testing::PrintToString(s));
-    const Buffers init = random_buffers(sizes_of(name, s), seed);
+    const Buffers init = random_buffers(sizes_of(called.c_str(), s), seed);
     Buffers want = init;
     model(want);
     if (level >= 0) cycbcr_set_cpu(static_cast<unsigned int>(level));
-    const Outcome o = run_guarded4(call_of(fn, s), init);
+    const Outcome o = run_guarded4(call_of(level == kTwin ? twin : fn, s), init);
     EXPECT_TRUE(same(o.after, want));
     EXPECT_EQ(o.result, count);
-}
-
-// The levels to run each entry at: plain always, 5 where the processor has AVX2.
-std::vector<int> levels() {
-    return have_avx2() ? std::vector<int>{0, 5} : std::vector<int>{0};
 }
 
 const std::vector<Shape> kV210Shapes = {
@@ -236,6 +247,8 @@ TEST(V210ToPlanar, Planar422AgainstModel) {
         for (const Shape& s : kV210Shapes)
             for (unsigned shift : {0u, 6u}) {
                 V210Planar fn = shift == 0 ? cycbcr_012v_to_yuv422p10 : cycbcr_012v_to_yuv422p16;
+                V210Planar twin =
+                    shift == 0 ? cycbcr_012v_to_yuv422p10_avx2 : cycbcr_012v_to_yuv422p16_avx2;
                 const char* name =
                     shift == 0 ? "cycbcr_012v_to_yuv422p10" : "cycbcr_012v_to_yuv422p16";
                 const uint32_t sp = std::max(natural_v210(s.width), s.pitches[1]);
@@ -243,7 +256,7 @@ TEST(V210ToPlanar, Planar422AgainstModel) {
                     model_v210(b, s, s.pitches[0], s.pitches[0] / 2, sp, shift, true, Odd::Kept,
                                false);
                 };
-                expect_model(name, fn, level, s, 11 + s.width, model, s.width * s.height * 4);
+                expect_model(name, fn, twin, level, s, 11 + s.width, model, s.width * s.height * 4);
             }
 }
 
@@ -253,11 +266,12 @@ TEST(V210ToPlanar, Planar444AgainstModel) {
     for (int level : levels())
         for (const Shape& s : kV210Shapes) {
             const uint32_t sp = std::max(natural_v210(s.width), s.pitches[1]);
-            const Odd odd = level == 5 ? Odd::Doubled : Odd::Kept;
+            const Odd odd = avx2_run(level) ? Odd::Doubled : Odd::Kept;
             auto model = [&](Buffers& b) {
                 model_v210(b, s, s.pitches[0], s.pitches[0], sp, 0, false, odd, false);
             };
-            expect_model("cycbcr_012v_to_yuv444p10", cycbcr_012v_to_yuv444p10, level, s, 23, model,
+            expect_model("cycbcr_012v_to_yuv444p10", cycbcr_012v_to_yuv444p10,
+                         cycbcr_012v_to_yuv444p10_avx2, level, s, 23, model,
                          s.width * s.height * 6);
         }
 }
@@ -277,14 +291,15 @@ TEST(V210ToPlanar, Planar420AgainstModel) {
             const uint32_t n = whole_groups(s.width);
             auto model = [&](Buffers& b) {
                 if (s.width == 0 || s.height == 0) return;
-                if (level == 5)
+                if (avx2_run(level))
                     model_v210(b, s, s.pitches[0], s.pitches[1],
                                std::max(natural_v210(s.width), s.pitches[2]), 0, true, Odd::Kept,
                                true);
                 else
                     model_v210(b, s, 2 * n, n, s.pitches[2], 0, true, Odd::Kept, true);
             };
-            expect_model("cycbcr_012v_to_yuv420p10", cycbcr_012v_to_yuv420p10, level, s, 31, model,
+            expect_model("cycbcr_012v_to_yuv420p10", cycbcr_012v_to_yuv420p10,
+                         cycbcr_012v_to_yuv420p10_avx2, level, s, 31, model,
                          s.width * s.height * 3);
         }
 }
@@ -300,7 +315,7 @@ std::vector<uint8_t> v210_of_words(const std::vector<uint32_t>& words) {
 TEST(V210ToPlanar, WhiteIsFFC0InP16And1023InP10) {
     // 48 pixels (a whole vector step and more) of 1023, bits 30-31 set as well.
     const std::vector<uint8_t> src = v210_of_words(std::vector<uint32_t>(32, 0xFFFFFFFFu));
-    for (int level : levels()) {
+    for (int level : entry_levels()) {
         cycbcr_set_cpu(static_cast<unsigned int>(level));
         for (unsigned shift : {0u, 6u}) {
             std::vector<uint16_t> y(48, 0), cb(24, 0), cr(24, 0);
@@ -330,7 +345,7 @@ TEST(V210ToPlanar, ChromaOfARowPairIsTheFlooredMean) {
     std::vector<uint8_t> src = row(100, 64);
     const std::vector<uint8_t> second = row(101, 940);
     src.insert(src.end(), second.begin(), second.end());
-    for (int level : levels()) {
+    for (int level : entry_levels()) {
         cycbcr_set_cpu(static_cast<unsigned int>(level));
         std::vector<uint16_t> y(96, 0), cb(24, 0), cr(24, 0);
         EXPECT_EQ(cycbcr_012v_to_yuv420p10(
@@ -356,7 +371,7 @@ TEST(V210ToPlanar, Planar444PlainLeavesOddChromaPositions) {
                            6u | 7u << 10 | 8u << 20, 9u | 10u << 10 | 11u << 20})
             words.push_back(w + (g * (1u | 1u << 10 | 1u << 20)) * 16);
     const std::vector<uint8_t> src = v210_of_words(words);
-    for (int level : levels()) {
+    for (int level : entry_levels()) {
         cycbcr_set_cpu(static_cast<unsigned int>(level));
         std::vector<uint16_t> y(24, 0xFFFF), cb(24, 0xFFFF), cr(24, 0xFFFF);
         cycbcr_012v_to_yuv444p10(reinterpret_cast<uint8_t*>(y.data()),
@@ -433,7 +448,7 @@ TEST(V210ToPlanar, Avx2MatchesPlainAtEveryWidth) {
 
 #ifdef CYCBCR_TEST_WITH_FFMPEG
 TEST(V210ToPlanar, ReadsV210AsFfmpegDoes) {
-    for (int level : levels())
+    for (int level : entry_levels())
         for (uint32_t w : {48u, 96u, 1280u, 720u, 1920u}) {
             const uint32_t h = 6, pitch = natural_v210(w);
             std::vector<uint8_t> src = random_bytes(size_t{pitch} * h, w);
@@ -480,10 +495,12 @@ TEST(PlanarToUyvy, Planar422p10AgainstModel) {
         for (const Shape& s : kUyvyShapes) {
             const uint32_t count = std::max(2 * s.width, s.pitches[0]) * s.height;
             auto model = [&](Buffers& b) { model_p10_uyvy(b, s); };
-            expect_model("cycbcr_yuv422p10_to_uyvy", cycbcr_yuv422p10_to_uyvy, level, s, 41, model,
-                         count);
-            expect_model("cycbcr_yuv422p10_to_uyvy_internal", cycbcr_yuv422p10_to_uyvy_internal,
-                         level, s, 43, model, count);
+            expect_model("cycbcr_yuv422p10_to_uyvy", cycbcr_yuv422p10_to_uyvy,
+                         cycbcr_yuv422p10_to_uyvy_avx2, level, s, 41, model, count);
+            // _internal at each level: the AVX2 row kernel inside at level 5.
+            if (level != kTwin)
+                expect_model("cycbcr_yuv422p10_to_uyvy_internal", cycbcr_yuv422p10_to_uyvy_internal,
+                             cycbcr_yuv422p10_to_uyvy_internal, level, s, 43, model, count);
         }
 }
 
@@ -511,13 +528,15 @@ TEST(PlanarToUyvy, Planar420AgainstModel) {
                 const char* name =
                     shift == 2 ? "cycbcr_yuv420p10_to_uyvy" : "cycbcr_yuv420p16_to_uyvy";
                 PlanarUyvy fn = shift == 2 ? cycbcr_yuv420p10_to_uyvy : cycbcr_yuv420p16_to_uyvy;
+                PlanarUyvy twin =
+                    shift == 2 ? cycbcr_yuv420p10_to_uyvy_avx2 : cycbcr_yuv420p16_to_uyvy_avx2;
                 auto model = [&](Buffers& b) { model_p420_uyvy(b, s, shift); };
-                expect_model(name, fn, level, s, 53, model, s.pitches[0] * s.height);
+                expect_model(name, fn, twin, level, s, 53, model, s.pitches[0] * s.height);
             }
 }
 
 TEST(PlanarToUyvy, WorkedNumbers) {
-    for (int level : levels()) {
+    for (int level : entry_levels()) {
         cycbcr_set_cpu(static_cast<unsigned int>(level));
         // 4:2:2 p10, 64 pixels: Y alternates 1023 and 514, Cb 0x404 (bits 10+
         // ignored: 1), Cr 0xFFFF.
@@ -593,7 +612,7 @@ unsigned int uyvy_count(uint32_t width, uint32_t height, uint32_t dstPitch) {
 TEST(PlanarToUyvyBands, ThresholdSeenInTheCount) {
     // One thread: the larger of 2 * width and dstPitch, times height; bands:
     // height * dstPitch as passed. A dstPitch of 1 tells them apart.
-    for (int level : levels()) {
+    for (int level : entry_levels()) {
         cycbcr_set_cpu(static_cast<unsigned int>(level));
         EXPECT_EQ(uyvy_count(2048, 9, 1), 4096u * 9) << "level " << level;
         EXPECT_EQ(uyvy_count(2049, 9, 1), 9u) << "level " << level;
@@ -610,8 +629,11 @@ TEST(PlanarToUyvyBands, WideFramesAgainstModel) {
             for (uint32_t w : {2049u, 2113u}) {
                 const Shape s{w, h, {2 * w + 6, 2 * w + 10}};
                 auto model = [&](Buffers& b) { model_p10_uyvy(b, s); };
-                expect_model("cycbcr_yuv422p10_to_uyvy", cycbcr_yuv422p10_to_uyvy, level, s, 61 + h,
-                             model, s.pitches[0] * h);
+                // The _avx2 form (kTwin) takes any width on one thread; with
+                // dstPitch above 2 * width its count is the same.
+                expect_model("cycbcr_yuv422p10_to_uyvy", cycbcr_yuv422p10_to_uyvy,
+                             cycbcr_yuv422p10_to_uyvy_avx2, level, s, 61 + h, model,
+                             s.pitches[0] * h);
             }
 }
 
@@ -648,14 +670,15 @@ TEST(UyvyTo444, AgainstModel) {
                         put16(b[2], r * size_t{dp} + 2 * x, b[3].at(pair + 2) * 4u);
                     }
             };
-            expect_model("cycbcr_uyvy_to_yuv444p10", cycbcr_uyvy_to_yuv444p10, level, t, 81, model,
+            expect_model("cycbcr_uyvy_to_yuv444p10", cycbcr_uyvy_to_yuv444p10,
+                         cycbcr_uyvy_to_yuv444p10_avx2, level, t, 81, model,
                          s.width * s.height * 6);
         }
 }
 
 TEST(UyvyTo444, WorkedNumbersAndEveryWidth) {
     const uint8_t pixelPair[4] = {16, 255, 128, 0};  // Cb Y0 Cr Y1
-    for (int level : levels()) {
+    for (int level : entry_levels()) {
         cycbcr_set_cpu(static_cast<unsigned int>(level));
         std::vector<uint8_t> src;
         for (int i = 0; i < 20; ++i) src.insert(src.end(), pixelPair, pixelPair + 4);
