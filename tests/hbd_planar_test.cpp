@@ -364,6 +364,61 @@ uint32_t index(Slot s) {
     return static_cast<uint32_t>(3 * s.word + s.field);
 }
 
+TEST(V210ToPlanar, OddHeightAveragesWithTheRowAfterTheFrame) {
+    // One row of chroma 200 and, after it in memory, a row of chroma 301: the
+    // one chroma row is 250 on both paths; the second row's Y is not written.
+    auto row = [](uint32_t c) {
+        std::vector<uint32_t> w;
+        for (int g = 0; g < 4; ++g)
+            for (uint32_t y : {10u, 20u}) {
+                w.push_back(c | y << 10 | c << 20);
+                w.push_back(y | c << 10 | y << 20);
+            }
+        std::vector<uint8_t> b = v210_of_words(w);
+        b.resize(128);  // the natural row of 24 pixels
+        return b;
+    };
+    std::vector<uint8_t> src = row(200);
+    const std::vector<uint8_t> after = row(301);
+    src.insert(src.end(), after.begin(), after.end());
+    for (int level : entry_levels()) {
+        cycbcr_set_cpu(static_cast<unsigned int>(level));
+        std::vector<uint16_t> y(48, 0x5555), cb(12, 0), cr(12, 0);
+        EXPECT_EQ(cycbcr_012v_to_yuv420p10(
+                      reinterpret_cast<uint8_t*>(y.data()), reinterpret_cast<uint8_t*>(cb.data()),
+                      reinterpret_cast<uint8_t*>(cr.data()), src.data(), 24, 1, 48, 24, 128),
+                  24u * 3);
+        for (uint16_t v : cb) EXPECT_EQ(v, 250) << "level " << level;
+        for (uint16_t v : cr) EXPECT_EQ(v, 250) << "level " << level;
+        for (size_t x = 24; x < 48; ++x) EXPECT_EQ(y[x], 0x5555) << "level " << level;
+    }
+}
+
+TEST(V210ToPlanar, EntriesChooseALevelAndInternalDoesNot) {
+    std::vector<uint8_t> planes(4096, 0), src(4096, 0);
+    uint8_t* p = planes.data();
+    auto fresh = [] { gdwProcType = kLevelMarker; };
+    const std::vector<std::function<void()>> entries = {
+        [&] { cycbcr_012v_to_yuv422p10(p, p + 1024, p + 2048, src.data(), 6, 1, 12, 0); },
+        [&] { cycbcr_012v_to_yuv422p16(p, p + 1024, p + 2048, src.data(), 6, 1, 12, 0); },
+        [&] { cycbcr_012v_to_yuv444p10(p, p + 1024, p + 2048, src.data(), 6, 1, 12, 0); },
+        [&] { cycbcr_012v_to_yuv420p10(p, p + 1024, p + 2048, src.data(), 6, 2, 12, 6, 0); },
+        [&] { cycbcr_yuv422p10_to_uyvy(p, src.data(), src.data(), src.data(), 6, 1, 12, 12); },
+        [&] { cycbcr_yuv420p10_to_uyvy(p, src.data(), src.data(), src.data(), 6, 1, 12, 12); },
+        [&] { cycbcr_yuv420p16_to_uyvy(p, src.data(), src.data(), src.data(), 6, 1, 12, 12); },
+        [&] { cycbcr_uyvy_to_yuv444p10(p, p + 1024, p + 2048, src.data(), 6, 1, 12, 12); },
+    };
+    for (size_t i = 0; i < entries.size(); ++i) {
+        fresh();
+        entries[i]();
+        EXPECT_NE(gdwProcType, kLevelMarker) << "entry " << i;
+    }
+    fresh();
+    cycbcr_yuv422p10_to_uyvy_internal(p, src.data(), src.data(), src.data(), 6, 1, 12, 12);
+    EXPECT_EQ(gdwProcType, kLevelMarker);
+    cycbcr_set_cpu(0);
+}
+
 TEST(V210ToPlanar, Planar444PlainLeavesOddChromaPositions) {
     std::vector<uint32_t> words;
     for (int g = 0; g < 4; ++g)
