@@ -115,8 +115,8 @@ namespace {
 
 constexpr uint32_t kBandWidth = 2048;
 
-// Named as the v210 converter of the same source names its event and threads:
-// tools that watch for those names see both.
+// Kept: the event and the threads carry the names of the v210 converter of the
+// same source, as they always have.
 constexpr BandUser kUyvyBands{BandRows::SevenPlusRest, false, "cycbcr_yuv422p10_to_012v",
                               "ycbcr422p10", cycbcr_yuv422p10_to_uyvy_worker};
 
