@@ -29,6 +29,8 @@ set(CYCBCR_SOURCES
     ycbcr10/v210_pack_avx2.cpp
     ycbcr10/v210_unpack_ssse3.cpp
     ycbcr10/uyvy_from_16bit_avx2.cpp
+    ycbcr10/semi_planar.cpp
+    ycbcr10/semi_planar_avx2.cpp
 
     torgb/colour_tables.cpp
     torgb/to_rgb.cpp

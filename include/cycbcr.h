@@ -1248,6 +1248,72 @@ CYCBCR_API uint64_t cycbcr_RGB32_to_012v_Alpha(uint8_t* dst, const uint8_t* src,
                                                unsigned int srcPitch, uint8_t options,
                                                QBYCBCRRgbType rgbType);
 
+/* ------------------------------------------------------------------------ */
+/* Semi-planar 4:2:0: NV12, NV10 and NV12p16                                 */
+/* ------------------------------------------------------------------------ */
+
+/* Two planes: Y, then one plane of interleaved Cb, Cr pairs with one chroma row
+ * for every two Y rows. NV12 has 8-bit samples; NV10 10-bit values in bits 0-9
+ * of 16-bit little-endian words (bits 10-15 ignored on reading); NV12p16 full
+ * 16-bit samples. These formats have no FourCC at the dispatcher: call the
+ * converters by name. The plain names take the AVX2 forms at level 5 on an AVX2
+ * processor (choosing a level first when none is chosen); the AVX2 forms give
+ * the same bytes, touch the same bytes, and need a processor with AVX2.
+ *
+ * NV12 and NV10 sources: pitch P = max(width, srcPitch) (NV10: max(2 * width,
+ * srcPitch)) for both planes, the chroma plane at P * height. Output row r
+ * takes Y row r and chroma row r / 2, unfiltered, so a source of height h
+ * holds (h + 1) / 2 chroma rows.
+ *
+ * Into v210: 8-bit samples widened by << 2, NV10 samples masked to 10 bits;
+ * rows at max(v210_row_bytes(width), dstPitch) of ceil(width / 6) whole groups,
+ * the last group built from the source samples that follow the row's last
+ * pixel (so each source row is read for ceil(width / 6) * 6 pixels). Returns
+ * height * v210_row_bytes(width); a width of 0 writes nothing and returns 0. */
+CYCBCR_CONVERTER(cycbcr_NV12_to_v210_pitched);
+CYCBCR_CONVERTER(cycbcr_NV10_to_v210_pitched);
+/* Same bytes at level 5; the NV12 form is the 8-bit planar packer with a chroma
+ * step of 2. */
+CYCBCR_CONVERTER(cycbcr_NV12_to_v210_avx2);
+CYCBCR_CONVERTER(cycbcr_NV10_to_v210_avx2);
+
+/* Into UYVY: bytes copied as Cb Y0 Cr Y1, width / 2 pixel pairs a row at
+ * max(2 * width, dstPitch). An odd width's last pixel has no pair and is left
+ * unwritten, so no row reaches past 2 * width bytes. Returns that pitch times
+ * the height. */
+CYCBCR_CONVERTER(cycbcr_NV12_to_uyvy_pitched);
+CYCBCR_CONVERTER(cycbcr_NV12_to_uyvy_avx2);
+
+/* Three planes of 16-bit little-endian words (10- or 12-bit values in the low
+ * bits, or 16-bit) into NV12p16: each sample shifted left by 6, 4 or 0 and kept
+ * to 16 bits (so 1023 becomes 0xFFC0 and 4095 0xFFF0; bits above a sample's
+ * depth fall out of the word). Source Y rows srcPitch bytes apart, Cb and Cr
+ * rows srcPitch / 2 apart. Destination pitch D = max(2 * width, dstPitch): Y
+ * rows of width samples, then at D * height the chroma plane of height / 2 rows
+ * of width / 2 Cb, Cr pairs, source chroma rows one to one. An odd height's last
+ * Y row has no chroma row (source chroma row height / 2 is not read) and an odd
+ * width's last pixel no chroma pair, so nothing is written past
+ * D * (height + height / 2), the count returned. Buffer sizes per pointer:
+ * cycbcr_converter_pointer_sizes(). */
+CYCBCR_API unsigned int cycbcr_yuv420p10_to_NV12p16(uint8_t* dst, const uint8_t* srcY, const uint8_t* srcCb,
+    const uint8_t* srcCr, unsigned int width, unsigned int height, unsigned int dstPitch,
+    unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv420p12_to_NV12p16(uint8_t* dst, const uint8_t* srcY, const uint8_t* srcCb,
+    const uint8_t* srcCr, unsigned int width, unsigned int height, unsigned int dstPitch,
+    unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv420p16_to_NV12p16(uint8_t* dst, const uint8_t* srcY, const uint8_t* srcCb,
+    const uint8_t* srcCr, unsigned int width, unsigned int height, unsigned int dstPitch,
+    unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_420p10_to_NV12p16_avx2(uint8_t* dst, const uint8_t* srcY, const uint8_t* srcCb,
+    const uint8_t* srcCr, unsigned int width, unsigned int height, unsigned int dstPitch,
+    unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_420p12_to_NV12p16_avx2(uint8_t* dst, const uint8_t* srcY, const uint8_t* srcCb,
+    const uint8_t* srcCr, unsigned int width, unsigned int height, unsigned int dstPitch,
+    unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_420p16_to_NV12p16_avx2(uint8_t* dst, const uint8_t* srcY, const uint8_t* srcCb,
+    const uint8_t* srcCr, unsigned int width, unsigned int height, unsigned int dstPitch,
+    unsigned int srcPitch);
+
 #ifdef __cplusplus
 } /* extern "C" */
 
