@@ -5,6 +5,7 @@ set(CYCBCR_SOURCES
     platform/cpu_features.cpp
     platform/memory.cpp
     platform/memory_avx2.cpp
+    platform/threads.cpp
     platform/imaging.cpp
     platform/imaging_colour.cpp
     platform/imaging_colour_avx2.cpp

@@ -58,6 +58,11 @@ constexpr FormatPairs<ExtentOf> make_extents() {
 }
 constexpr FormatPairs<ExtentOf> kExtents = make_extents();
 
+// The families that answer for converters with separate plane pointers.
+constexpr PointerExtentOf kPointerFamilies[] = {
+    v210_planes_pointer_extent,
+};
+
 }  // namespace
 
 Extent to_v210_pair_extent(Format from, Format, const Call& c) {
@@ -162,5 +167,26 @@ extern "C" CYCBCR_API unsigned int cycbcr_converter_buffer_sizes(
     }
     if (dstBytes) *dstBytes = e.dst;
     if (srcBytes) *srcBytes = e.src;
+    return known ? 1u : 0u;
+}
+
+extern "C" CYCBCR_API unsigned int cycbcr_converter_pointer_sizes(
+    const char* name, unsigned int width, unsigned int height, const unsigned int* pitches,
+    unsigned int pitchCount, uint64_t* bytes) {
+    using namespace cycbcr;
+    PlaneCall c{width, height, {0, 0, 0}};
+    for (unsigned int i = 0; pitches != nullptr && i < pitchCount && i < 3; ++i)
+        c.pitch[i] = pitches[i];
+    PointerExtents e{};
+    bool known = false;
+    if (name != nullptr)
+        for (PointerExtentOf family : kPointerFamilies)
+            if (!known) {
+                e = {};
+                known = family(name, c, e);
+            }
+    if (!known) e = {};
+    if (bytes != nullptr)
+        for (size_t i = 0; i < e.size(); ++i) bytes[i] = e[i];
     return known ? 1u : 0u;
 }

@@ -4,6 +4,7 @@
 // a pair touch no more than the pair's converter.
 #pragma once
 
+#include <array>
 #include <cstdint>
 
 #include "frame/formats.h"
@@ -37,6 +38,21 @@ inline uint64_t rows_end(uint64_t start, uint64_t rows, uint64_t step, uint64_t 
 inline uint64_t inverted_end(uint64_t start, uint64_t rows, uint64_t pitch) {
     return rows < 2 ? 0 : start + rows * pitch;
 }
+
+// Converters with separate plane pointers: the call's numbers, pitches in
+// argument order, and the bytes reached from each pointer argument in argument
+// order (0 for a pointer not touched).
+struct PlaneCall {
+    uint32_t width, height;
+    uint32_t pitch[3];
+};
+using PointerExtents = std::array<uint64_t, 4>;
+// A family's answers by converter name: true, with the extents, for a name it
+// owns.
+using PointerExtentOf = bool (*)(const char* name, const PlaneCall& c, PointerExtents& out);
+// v210 into three 8- or 16-bit 4:2:2 planes (cycbcr_012v_to_planar422 and the
+// like).
+bool v210_planes_pointer_extent(const char* name, const PlaneCall& c, PointerExtents& out);
 
 using ExtentOf = Extent (*)(Format from, Format to, const Call& c);
 Extent byte_order_extent(Format from, Format to, const Call& c);

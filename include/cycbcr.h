@@ -214,6 +214,18 @@ CYCBCR_API unsigned int cycbcr_converter_buffer_sizes(const char* name, unsigned
                                                       QBYCBCRRgbType rgbType, uint64_t* dstBytes,
                                                       uint64_t* srcBytes);
 
+/* The same for converters with separate plane pointers (the high-bit-depth
+ * planar and NV12p16 converters, cycbcr_012v_to_planar422 and the like), by
+ * exported name: bytes[i] is how far the converter reaches from its i-th pointer
+ * argument (in argument order, read or written; 0 for a pointer it does not
+ * touch, and for bytes[i] past its pointer count), for exactly this call.
+ * pitches holds the converter's pitch arguments in argument order (pitchCount of
+ * them, at most 3). Returns 1, or 0 (every size 0) for a name it does not know. */
+CYCBCR_API unsigned int cycbcr_converter_pointer_sizes(const char* name, unsigned int width,
+                                                       unsigned int height,
+                                                       const unsigned int* pitches,
+                                                       unsigned int pitchCount, uint64_t* bytes);
+
 /* The converter cycbcr_transcode calls for a YCbCr source and RGB (code 0) as
  * the destination (the 32-bit converters, which take matrix and rgbType), or
  * NULL. RGB sources: cycbcr_from_rgb_pair_converter(). */
@@ -730,6 +742,38 @@ CYCBCR_API void qb_v210_planar16_unpack_aligned_ssse3(const uint8_t* src, uint16
 CYCBCR_API void qb_v210_planar16_unpack_unaligned_ssse3(const uint8_t* src, uint16_t* y,
                                                         uint16_t* cb, uint16_t* cr,
                                                         unsigned int pixels);
+
+/* ------------------------------------------------------------------------ */
+/* Row bands: wide high-bit-depth frames on eight threads                    */
+/* ------------------------------------------------------------------------ */
+
+/* cycbcr_yuv422p10_to_012v, cycbcr_yuv422p12_to_012v, cycbcr_yuv444p12_to_012v
+ * and cycbcr_yuv422p10_to_uyvy convert frames wider than 2048 pixels (1920 for
+ * cycbcr_yuv422p12_to_012v) on eight threads, one horizontal band each, started
+ * and ended within the call (no pool, nothing left running). Each is built from
+ * three exported functions: the entry; <entry>_internal, the same converter on
+ * the calling thread with the same arguments (height being the rows to convert),
+ * returning its own count; and <entry>_worker, a band's thread body, which takes
+ * a band_job, converts its rows through _internal, decrements *pending and, when
+ * it then reads 0, sets the event done (which may be NULL when a worker is run
+ * by hand). A banded call returns height * dstPitch as passed (even with a
+ * dstPitch of 0); the calling thread waits for its bands by polling the counter
+ * every millisecond after a first wait of 30 ms on the event.
+ * Bands: b = height / 8 rows each; band 7 takes the rest, except through
+ * cycbcr_yuv422p12_to_012v, whose eight bands of b rows leave the last
+ * height % 8 rows of the frame unconverted (kept for its existing callers). */
+typedef struct band_job {
+    unsigned char* dst;  /* first destination row of the band */
+    unsigned char* srcY; /* first row of the band in each source plane */
+    unsigned char* srcCb;
+    unsigned char* srcCr;
+    uint32_t width;            /* frame width in pixels */
+    uint32_t rows;             /* rows in this band */
+    uint32_t dstPitch;         /* as the caller passed them */
+    uint32_t srcPitch;         /* of the Y plane */
+    volatile int32_t* pending; /* unfinished bands of the call */
+    void* done;                /* the call's completion event */
+} band_job;
 
 /* ------------------------------------------------------------------------ */
 /* 8-bit YCbCr to RGB                                                        */

@@ -3,6 +3,7 @@
 #include <type_traits>
 
 #include <algorithm>
+#include <string_view>
 
 #include "frame/buffer_sizes.h"
 #include "frame/entry.h"
@@ -135,6 +136,23 @@ Extent v210_extent(Format from, Format to, const Call& c) {
     e.src = planes(w, w / 2);
     if (from == Format::I420) e.src = widest(e.src, planes(sp, chroma_pitch(sp)));
     return e;
+}
+
+bool v210_planes_pointer_extent(const char* name, const PlaneCall& c, PointerExtents& out) {
+    const std::string_view n(name);
+    const bool wide = n.find("16") != std::string_view::npos;
+    if (n != "cycbcr_012v_to_planar422" && n != "cycbcr_012v_to_planar422_avx2" &&
+        n != "cycbcr_v210to_planar_avx2" && n != "cycbcr_012v_to_planar422_16" &&
+        n != "cycbcr_012v_to_planar422_16_avx2" && n != "cycbcr_v210to_planar16_avx2")
+        return false;
+    // Fromv210 and the AVX2 forms alike: the width rounded up to 12 pixels in
+    // every row of every plane, chroma rows half the pitch apart.
+    const uint32_t w = c.width, h = c.height, dp = c.pitch[0], sp = c.pitch[1];
+    const uint64_t groups = unpack_groups(w), sample = wide ? 2 : 1;
+    out[0] = rows_end(0, h, dp, 6 * groups * sample);
+    out[1] = out[2] = rows_end(0, h, chroma_pitch(dp), 3 * groups * sample);
+    out[3] = rows_end(0, h, std::max(v210_row_size(w), sp), 16 * groups);
+    return true;
 }
 
 }  // namespace cycbcr
