@@ -105,9 +105,18 @@ void register_semi_planar_benchmarks() {
         };
         const PlanarCall planes = planar_call(size);
         const size_t written = size_t{2} * size.width * (size.height + size.height / 2);
-        if (planes.bytes > buffer_room(size) || written > buffer_room(size)) {
-            std::fprintf(stderr, "cycbcr_bench: NV12p16 frames exceed the shared buffers\n");
-            std::exit(1);
+        // The shared buffers hold what each producer is answered to reach.
+        for (const ProducerRow& p : producers) {
+            const unsigned int pitches[] = {2 * size.width, 2 * size.width};
+            uint64_t reach[4] = {};
+            const std::string name = std::string("cycbcr_") + p.name;
+            if (cycbcr_converter_pointer_sizes(name.c_str(), size.width, size.height, pitches, 2,
+                                               reach) != 1 ||
+                reach[0] > buffer_room(size) || planes.cr + reach[3] > buffer_room(size)) {
+                std::fprintf(stderr, "cycbcr_bench: %s reaches past the shared buffers\n",
+                             name.c_str());
+                std::exit(1);
+            }
         }
         for (const ProducerRow& p : producers) {
             SummaryRow row;

@@ -61,6 +61,7 @@ constexpr FormatPairs<ExtentOf> kExtents = make_extents();
 // The families that answer for converters with separate plane pointers.
 constexpr PointerExtentOf kPointerFamilies[] = {
     v210_planes_pointer_extent,
+    semi_planar_pointer_extent,
 };
 
 }  // namespace

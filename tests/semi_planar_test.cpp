@@ -16,7 +16,6 @@
 #include "support/frames.h"
 #include "support/guarded_buffer.h"
 #include "support/v210_model.h"
-#include "ycbcr10/semi_planar.h"
 
 #ifdef CYCBCR_TEST_WITH_FFMPEG
 #include "support/ffmpeg_v210.h"
@@ -269,11 +268,24 @@ struct ProducerCase {
     const char* name;
     unsigned shift;
     Producer plainName, avx2Form;
+    const char* exported[2];  // both names, for the buffer-size query
 };
 const ProducerCase kProducers[] = {
-    {"yuv420p10", 6, cycbcr_yuv420p10_to_NV12p16, cycbcr_420p10_to_NV12p16_avx2},
-    {"yuv420p12", 4, cycbcr_yuv420p12_to_NV12p16, cycbcr_420p12_to_NV12p16_avx2},
-    {"yuv420p16", 0, cycbcr_yuv420p16_to_NV12p16, cycbcr_420p16_to_NV12p16_avx2},
+    {"yuv420p10",
+     6,
+     cycbcr_yuv420p10_to_NV12p16,
+     cycbcr_420p10_to_NV12p16_avx2,
+     {"cycbcr_yuv420p10_to_NV12p16", "cycbcr_420p10_to_NV12p16_avx2"}},
+    {"yuv420p12",
+     4,
+     cycbcr_yuv420p12_to_NV12p16,
+     cycbcr_420p12_to_NV12p16_avx2,
+     {"cycbcr_yuv420p12_to_NV12p16", "cycbcr_420p12_to_NV12p16_avx2"}},
+    {"yuv420p16",
+     0,
+     cycbcr_yuv420p16_to_NV12p16,
+     cycbcr_420p16_to_NV12p16_avx2,
+     {"cycbcr_yuv420p16_to_NV12p16", "cycbcr_420p16_to_NV12p16_avx2"}},
 };
 
 struct Planes3 {
@@ -360,7 +372,10 @@ TEST(Nv12p16, MatchesModelWithinExactBoundsOnEveryPath) {
                         ASSERT_TRUE(same_bytes(got.dst, m.dst))
                             << pc.name << " path " << path << " " << g;
                         uint64_t answered[4];
-                        cycbcr::nv12p16_pointer_extents(w, h, g.dstPitch, g.srcPitch, answered);
+                        const unsigned pitchArgs[] = {g.dstPitch, g.srcPitch};
+                        ASSERT_EQ(cycbcr_converter_pointer_sizes(pc.exported[path == 2], w, h,
+                                                                 pitchArgs, 2, answered),
+                                  1u);
                         for (int i = 0; i < 4; ++i)
                             ASSERT_EQ(answered[i], m.reach[i])
                                 << pc.name << " pointer " << i << " " << g;

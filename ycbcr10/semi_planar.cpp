@@ -162,14 +162,20 @@ Extent semi_planar_extent(Format from, Format to, const Call& c) {
 }
 
 // The NV12p16 producers, pointer by pointer: dst, srcY, srcCb, srcCr.
-void nv12p16_pointer_extents(uint32_t width, uint32_t height, uint32_t dstPitch, uint32_t srcPitch,
-                             uint64_t bytes[4]) {
-    const uint64_t dp = semi_planar::wide_pitch(width, dstPitch);
-    const uint64_t pairs = width / 2, rows = height / 2;
-    bytes[0] = widest(rows_end(0, height, dp, 2 * uint64_t{width}),
-                      rows_end(dp * height, rows, dp, 4 * pairs));
-    bytes[1] = rows_end(0, height, srcPitch, 2 * uint64_t{width});
-    bytes[2] = bytes[3] = rows_end(0, rows, chroma_pitch(srcPitch), 2 * pairs);
+bool semi_planar_pointer_extent(const char* name, const PlaneCall& c, PointerExtents& out) {
+    bool known = false;
+#define CYCBCR_NV12P16_NAME(plainName, form, from, shift) \
+    known = known || std::strcmp(name, #plainName) == 0 || std::strcmp(name, #form) == 0;
+    CYCBCR_NV12P16_PRODUCERS(CYCBCR_NV12P16_NAME)
+#undef CYCBCR_NV12P16_NAME
+    if (!known) return false;
+    const uint32_t w = c.width, h = c.height, sp = c.pitch[1];
+    const uint64_t dp = semi_planar::wide_pitch(w, c.pitch[0]);
+    const uint64_t pairs = w / 2, rows = h / 2;
+    out[0] = widest(rows_end(0, h, dp, 2 * uint64_t{w}), rows_end(dp * h, rows, dp, 4 * pairs));
+    out[1] = rows_end(0, h, sp, 2 * uint64_t{w});
+    out[2] = out[3] = rows_end(0, rows, chroma_pitch(sp), 2 * pairs);
+    return true;
 }
 
 }  // namespace cycbcr

@@ -80,7 +80,7 @@ unsigned int planar_to_nv12p16_frame(uint8_t* dst, const uint8_t* y, const uint8
 namespace cycbcr {
 // The bytes the NV12 and NV10 converters touch (both forms, every level).
 Extent semi_planar_extent(Format from, Format to, const Call& c);
-// The NV12p16 producers: bytes reached from dst, srcY, srcCb and srcCr.
-void nv12p16_pointer_extents(uint32_t width, uint32_t height, uint32_t dstPitch, uint32_t srcPitch,
-                             uint64_t bytes[4]);
+// The NV12p16 producers by name (AVX2 forms included): bytes reached from dst,
+// srcY, srcCb and srcCr, for pitches (dstPitch, srcPitch).
+bool semi_planar_pointer_extent(const char* name, const PlaneCall& c, PointerExtents& out);
 }  // namespace cycbcr
