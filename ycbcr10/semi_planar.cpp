@@ -124,6 +124,8 @@ unsigned int planar_to_nv12p16_frame(uint8_t* dst, const uint8_t* y, const uint8
 
 namespace {
 
+// The entries choose a level when none is chosen yet, then take the AVX2 form at
+// level 5 on an AVX2 processor.
 template <Format From, Format To, auto Avx2>
 unsigned int entry_of(CYCBCR_CONVERTER_ARGS) {
     if (entry(OnEntry::ChooseLevel).avx2) return Avx2(CYCBCR_CONVERTER_CALL);
