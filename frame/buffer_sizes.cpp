@@ -56,6 +56,7 @@ constexpr FormatPairs<ExtentOf> kExtents = make_extents();
 // The families that answer for converters with separate plane pointers.
 constexpr PointerExtentOf kPointerFamilies[] = {
     v210_planes_pointer_extent,
+    planar16_v210_pointer_extent,
 };
 
 }  // namespace
