@@ -790,7 +790,10 @@ CYCBCR_API void qb_v210_planar16_unpack_unaligned_ssse3(const uint8_t* src, uint
  * cycbcr_yuv422p10_to_012v, cycbcr_yuv422p12_to_012v and
  * cycbcr_yuv444p12_to_012v split wide frames into eight row bands below level
  * 5 (see "Row bands"); their _internal forms are the plain converters on the
- * calling thread and their _worker forms take a band_job. */
+ * calling thread and their _worker forms take a band_job. Band k starts
+ * k * (height / 8) rows in by the pitches as passed (32-bit products), each band
+ * converting at the v210 pitch used: with a dstPitch below v210_row_bytes(width)
+ * (0 included) the bands' rows overlap; the query answers such calls too. */
 CYCBCR_API unsigned int cycbcr_yuv422p10_to_012v(uint8_t* dst, const uint8_t* srcY,
                                                  const uint8_t* srcCb, const uint8_t* srcCr,
                                                  unsigned int width, unsigned int height,
