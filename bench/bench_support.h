@@ -214,5 +214,6 @@ void register_to_rgb_benchmarks();
 void register_v210_to_rgb_benchmarks();
 void register_from_rgb_benchmarks();
 void register_semi_planar_benchmarks();
+void register_planar16_v210_benchmarks();
 
 }  // namespace cycbcr_bench

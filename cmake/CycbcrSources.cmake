@@ -32,6 +32,8 @@ set(CYCBCR_SOURCES
     ycbcr10/uyvy_from_16bit_avx2.cpp
     ycbcr10/semi_planar.cpp
     ycbcr10/semi_planar_avx2.cpp
+    ycbcr10/planar16_to_v210.cpp
+    ycbcr10/planar16_to_v210_avx2.cpp
 
     torgb/colour_tables.cpp
     torgb/to_rgb.cpp

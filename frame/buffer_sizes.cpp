@@ -62,6 +62,7 @@ constexpr FormatPairs<ExtentOf> kExtents = make_extents();
 constexpr PointerExtentOf kPointerFamilies[] = {
     v210_planes_pointer_extent,
     semi_planar_pointer_extent,
+    planar16_v210_pointer_extent,
 };
 
 }  // namespace

@@ -744,6 +744,127 @@ CYCBCR_API void qb_v210_planar16_unpack_unaligned_ssse3(const uint8_t* src, uint
                                                         unsigned int pixels);
 
 /* ------------------------------------------------------------------------ */
+/* High-bit-depth planar to v210                                             */
+/* ------------------------------------------------------------------------ */
+
+/* Three planes of little-endian 16-bit sample words into v210:
+ *
+ *     unsigned int cycbcr_<src>_to_012v(uint8_t* dst, const uint8_t* srcY,
+ *         const uint8_t* srcCb, const uint8_t* srcCr, unsigned int width,
+ *         unsigned int height, unsigned int dstPitch, unsigned int srcPitch);
+ *
+ * Samples, truncated (no rounding): p10 v & 0x3FF, p12 (v >> 2) & 0x3FF, p16
+ * v >> 6; 10- and 12-bit values lie in the low bits and higher bits are ignored.
+ * Y row r is at srcY + r * srcPitch; 4:2:2 and 4:2:0 chroma rows are srcPitch / 2
+ * apart, 4:4:4 chroma rows srcPitch apart; 4:2:0 row r takes chroma row r / 2.
+ * 4:2:2 and 4:2:0 pairs take one Cb and one Cr sample each, 4:4:4 pairs those
+ * of their even (left) pixel. v210 rows are max(v210_row_bytes(width), dstPitch)
+ * apart; each converter returns height times that pitch, except a banded call
+ * (see "Row bands"), which returns height * dstPitch as passed.
+ *
+ * Buffer sizes (cycbcr_converter_pointer_sizes answers each name exactly):
+ *   - Rows are packed in whole groups of six pixels, ceil(width / 6) groups
+ *     (16 bytes each) a row, built from the samples that follow the row's last
+ *     pixel: each Y row is read for 6 * groups samples, each 4:2:2/4:2:0 chroma
+ *     row for 3 * groups, each 4:4:4 chroma row up to sample 6 * groups - 2.
+ *     cycbcr_yuv420p16_to_012v goes twelve pixels a step: ceil(width / 12) * 2
+ *     groups a row.
+ *   - cycbcr_yuv422p10_to_012v and cycbcr_yuv422p12_to_012v, on every path
+ *     (_internal, the bands and the _avx2 forms alike), write two more words
+ *     (8 bytes) right after a row's last group when width % 6 != 0: words 0 and
+ *     1 of the following group (Cb0 Y0 Cr0, Y1 Cb1 Y2), so those rows read 3 more
+ *     Y, 2 more Cb and 1 more Cr sample. Kept for existing callers. When the
+ *     groups fill the pitch the two words land at the start of the next row,
+ *     which that row's conversion overwrites (in a banded call a band's last
+ *     row may reach into the next band's first row after that band has
+ *     converted it), and after the last row they lie past the frame.
+ *   - The AVX2 forms read and write nothing beyond what the plain forms do:
+ *     they finish each row's last one or two groups with the plain code.
+ *
+ * At level 5 on an AVX2 processor each entry continues in its _avx2 form, which
+ * gives the same bytes and returns the same count (the _avx2 forms convert on
+ * the calling thread only). cycbcr_yuv420p16_to_012v_avx2 has no AVX2 code: it
+ * sets the processor level to 0, runs cycbcr_yuv420p16_to_012v and restores the
+ * level, so for the duration of the call every other thread sees level 0.
+ *
+ * cycbcr_yuv422p10_to_012v, cycbcr_yuv422p12_to_012v and
+ * cycbcr_yuv444p12_to_012v split wide frames into eight row bands below level
+ * 5 (see "Row bands"); their _internal forms are the plain converters on the
+ * calling thread and their _worker forms take a band_job. Band k starts
+ * k * (height / 8) rows in by the pitches as passed (32-bit products), each band
+ * converting at the v210 pitch used: with a dstPitch below v210_row_bytes(width)
+ * (0 included) the bands' rows overlap; the query answers such calls too. */
+CYCBCR_API unsigned int cycbcr_yuv422p10_to_012v(uint8_t* dst, const uint8_t* srcY,
+                                                 const uint8_t* srcCb, const uint8_t* srcCr,
+                                                 unsigned int width, unsigned int height,
+                                                 unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv422p12_to_012v(uint8_t* dst, const uint8_t* srcY,
+                                                 const uint8_t* srcCb, const uint8_t* srcCr,
+                                                 unsigned int width, unsigned int height,
+                                                 unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv422p16_to_012v(uint8_t* dst, const uint8_t* srcY,
+                                                 const uint8_t* srcCb, const uint8_t* srcCr,
+                                                 unsigned int width, unsigned int height,
+                                                 unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv444p10_to_012v(uint8_t* dst, const uint8_t* srcY,
+                                                 const uint8_t* srcCb, const uint8_t* srcCr,
+                                                 unsigned int width, unsigned int height,
+                                                 unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv444p12_to_012v(uint8_t* dst, const uint8_t* srcY,
+                                                 const uint8_t* srcCb, const uint8_t* srcCr,
+                                                 unsigned int width, unsigned int height,
+                                                 unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv420p10_to_012v(uint8_t* dst, const uint8_t* srcY,
+                                                 const uint8_t* srcCb, const uint8_t* srcCr,
+                                                 unsigned int width, unsigned int height,
+                                                 unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv420p16_to_012v(uint8_t* dst, const uint8_t* srcY,
+                                                 const uint8_t* srcCb, const uint8_t* srcCr,
+                                                 unsigned int width, unsigned int height,
+                                                 unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv422p10_to_012v_avx2(uint8_t* dst, const uint8_t* srcY,
+                                                      const uint8_t* srcCb, const uint8_t* srcCr,
+                                                      unsigned int width, unsigned int height,
+                                                      unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv422p12_to_012v_avx2(uint8_t* dst, const uint8_t* srcY,
+                                                      const uint8_t* srcCb, const uint8_t* srcCr,
+                                                      unsigned int width, unsigned int height,
+                                                      unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv422p16_to_012v_avx2(uint8_t* dst, const uint8_t* srcY,
+                                                      const uint8_t* srcCb, const uint8_t* srcCr,
+                                                      unsigned int width, unsigned int height,
+                                                      unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv444p10_to_012v_avx2(uint8_t* dst, const uint8_t* srcY,
+                                                      const uint8_t* srcCb, const uint8_t* srcCr,
+                                                      unsigned int width, unsigned int height,
+                                                      unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv444p12_to_012v_avx2(uint8_t* dst, const uint8_t* srcY,
+                                                      const uint8_t* srcCb, const uint8_t* srcCr,
+                                                      unsigned int width, unsigned int height,
+                                                      unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv420p10_to_012v_avx2(uint8_t* dst, const uint8_t* srcY,
+                                                      const uint8_t* srcCb, const uint8_t* srcCr,
+                                                      unsigned int width, unsigned int height,
+                                                      unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv420p16_to_012v_avx2(uint8_t* dst, const uint8_t* srcY,
+                                                      const uint8_t* srcCb, const uint8_t* srcCr,
+                                                      unsigned int width, unsigned int height,
+                                                      unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv422p10_to_012v_internal(
+    uint8_t* dst, const uint8_t* srcY, const uint8_t* srcCb, const uint8_t* srcCr,
+    unsigned int width, unsigned int height, unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv422p12_to_012v_internal(
+    uint8_t* dst, const uint8_t* srcY, const uint8_t* srcCb, const uint8_t* srcCr,
+    unsigned int width, unsigned int height, unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv444p12_to_012v_internal(
+    uint8_t* dst, const uint8_t* srcY, const uint8_t* srcCb, const uint8_t* srcCr,
+    unsigned int width, unsigned int height, unsigned int dstPitch, unsigned int srcPitch);
+/* A band's thread body: job points at a band_job. */
+CYCBCR_API unsigned int cycbcr_yuv422p10_to_012v_worker(void* job);
+CYCBCR_API unsigned int cycbcr_yuv422p12_to_012v_worker(void* job);
+CYCBCR_API unsigned int cycbcr_yuv444p12_to_012v_worker(void* job);
+
+/* ------------------------------------------------------------------------ */
 /* Row bands: wide high-bit-depth frames on eight threads                    */
 /* ------------------------------------------------------------------------ */
 
