@@ -216,8 +216,10 @@ size_t frame_bytes(Format f, const FrameSize& size) {
     if (cycbcr::is_packed422(f) || in.arrangement == cycbcr::Arrangement::V210) return first_plane;
     if (cycbcr::is_planar8(f))
         return first_plane + 2 * (pitch >> in.chroma_x) * cycbcr::chroma_rows(f, size.height);
-    // NV12: the Y plane, then rows of Cb, Cr pairs as long as a luma row.
-    if (f == Format::NV12) return first_plane + pitch * cycbcr::chroma_rows(f, size.height);
+    // NV12, NV10, NV12p16: the Y plane, then rows of Cb, Cr pairs as long as a
+    // luma row.
+    if (in.arrangement == cycbcr::Arrangement::SemiPlanar)
+        return first_plane + pitch * cycbcr::chroma_rows(f, size.height);
     if (in.arrangement == cycbcr::Arrangement::Rgb) return first_plane;
     std::fprintf(stderr, "cycbcr_bench: no frame size for format %s\n", in.name);
     std::exit(1);

@@ -213,6 +213,8 @@ void register_planar_copy_benchmarks();
 void register_to_rgb_benchmarks();
 void register_v210_to_rgb_benchmarks();
 void register_from_rgb_benchmarks();
+void register_semi_planar_benchmarks();
+void register_planar16_v210_benchmarks();
 void register_hbd_planar_benchmarks();
 
 }  // namespace cycbcr_bench

@@ -17,6 +17,8 @@ namespace {
 constexpr const char* kFamily = "v210";
 
 bool v210_pair(Format from, Format to) {
+    // Semi-planar sources have their own family.
+    if (cycbcr::info(from).arrangement == cycbcr::Arrangement::SemiPlanar) return false;
     return (from == Format::V210) != (to == Format::V210);
 }
 

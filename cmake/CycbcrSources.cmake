@@ -30,6 +30,10 @@ set(CYCBCR_SOURCES
     ycbcr10/v210_pack_avx2.cpp
     ycbcr10/v210_unpack_ssse3.cpp
     ycbcr10/uyvy_from_16bit_avx2.cpp
+    ycbcr10/semi_planar.cpp
+    ycbcr10/semi_planar_avx2.cpp
+    ycbcr10/planar16_to_v210.cpp
+    ycbcr10/planar16_to_v210_avx2.cpp
     ycbcr10/v210_to_planar16.cpp
     ycbcr10/v210_to_planar16_avx2.cpp
     ycbcr10/planar16_uyvy.cpp

@@ -8,6 +8,7 @@
 #include "fromrgb/to_v210.h"
 #include "torgb/to_rgb.h"
 #include "torgb/v210_to_rgb.h"
+#include "ycbcr10/semi_planar.h"
 #include "ycbcr10/planar16.h"
 
 #include <cstring>
@@ -44,6 +45,10 @@ constexpr FormatPairs<ExtentOf> make_extents() {
     t(Format::from, Format::to) = to_v210_pair_extent;
     CYCBCR_TO_V210_PAIRS(CYCBCR_TO_V210_ROW)
 #undef CYCBCR_TO_V210_ROW
+#define CYCBCR_SEMI_PLANAR_ROW(name, form, from, to, ...) \
+    t(Format::from, Format::to) = semi_planar_extent;
+    CYCBCR_SEMI_PLANAR_CONVERTERS(CYCBCR_SEMI_PLANAR_ROW)
+#undef CYCBCR_SEMI_PLANAR_ROW
 #undef CYCBCR_FROM_RGB_ROW
 #undef CYCBCR_BYTE_ORDER_ROW
 #undef CYCBCR_PACKED_PLANAR_ROW
@@ -57,6 +62,8 @@ constexpr FormatPairs<ExtentOf> kExtents = make_extents();
 // The families that answer for converters with separate plane pointers.
 constexpr PointerExtentOf kPointerFamilies[] = {
     v210_planes_pointer_extent,
+    semi_planar_pointer_extent,
+    planar16_v210_pointer_extent,
     planar16_pointer_extent,
 };
 

@@ -53,6 +53,8 @@ using PointerExtentOf = bool (*)(const char* name, const PlaneCall& c, PointerEx
 // v210 into three 8- or 16-bit 4:2:2 planes (cycbcr_012v_to_planar422 and the
 // like).
 bool v210_planes_pointer_extent(const char* name, const PlaneCall& c, PointerExtents& out);
+// High-bit-depth planar into v210 (ycbcr10/planar16_to_v210.cpp).
+bool planar16_v210_pointer_extent(const char* name, const PlaneCall& c, PointerExtents& out);
 
 using ExtentOf = Extent (*)(Format from, Format to, const Call& c);
 Extent byte_order_extent(Format from, Format to, const Call& c);

@@ -7,6 +7,7 @@
 #include "fromrgb/to_v210_list.h"
 #include "torgb/to_rgb_list.h"
 #include "torgb/v210_to_rgb_list.h"
+#include "ycbcr10/semi_planar_list.h"
 #include "ycbcr10/v210_list.h"
 #include "ycbcr8/byte_order_list.h"
 #include "ycbcr8/packed_planar_list.h"
@@ -52,8 +53,12 @@ struct ConverterRow {
     {#name, name, form, Format::from, Format::to, true, CYCBCR_ROW_IS_##kind},
 #define CYCBCR_FORM_ROW(name, form, from, to, kind, ...) \
     {#name, name, form, Format::from, Format::to, false, CYCBCR_ROW_IS_##kind},
-constexpr ConverterRow kConverterRows[] = {CYCBCR_PAIR_CONVERTERS(CYCBCR_PAIR_ROW)
-                                               CYCBCR_CONVERTER_FORMS(CYCBCR_FORM_ROW)};
+// The semi-planar converters follow as the converters of their pairs, which the
+// dispatcher does not have (no FourCC): they are called by name.
+constexpr ConverterRow kConverterRows[] = {
+    CYCBCR_PAIR_CONVERTERS(CYCBCR_PAIR_ROW) CYCBCR_CONVERTER_FORMS(CYCBCR_FORM_ROW)
+        CYCBCR_SEMI_PLANAR_CONVERTERS(CYCBCR_PAIR_ROW)
+            CYCBCR_SEMI_PLANAR_AVX2_FORMS(CYCBCR_FORM_ROW)};
 
 // The converters between YCbCr and RGB, which add matrix and rgbType.
 struct RgbConverterRow {

@@ -744,6 +744,127 @@ CYCBCR_API void qb_v210_planar16_unpack_unaligned_ssse3(const uint8_t* src, uint
                                                         unsigned int pixels);
 
 /* ------------------------------------------------------------------------ */
+/* High-bit-depth planar to v210                                             */
+/* ------------------------------------------------------------------------ */
+
+/* Three planes of little-endian 16-bit sample words into v210:
+ *
+ *     unsigned int cycbcr_<src>_to_012v(uint8_t* dst, const uint8_t* srcY,
+ *         const uint8_t* srcCb, const uint8_t* srcCr, unsigned int width,
+ *         unsigned int height, unsigned int dstPitch, unsigned int srcPitch);
+ *
+ * Samples, truncated (no rounding): p10 v & 0x3FF, p12 (v >> 2) & 0x3FF, p16
+ * v >> 6; 10- and 12-bit values lie in the low bits and higher bits are ignored.
+ * Y row r is at srcY + r * srcPitch; 4:2:2 and 4:2:0 chroma rows are srcPitch / 2
+ * apart, 4:4:4 chroma rows srcPitch apart; 4:2:0 row r takes chroma row r / 2.
+ * 4:2:2 and 4:2:0 pairs take one Cb and one Cr sample each, 4:4:4 pairs those
+ * of their even (left) pixel. v210 rows are max(v210_row_bytes(width), dstPitch)
+ * apart; each converter returns height times that pitch, except a banded call
+ * (see "Row bands"), which returns height * dstPitch as passed.
+ *
+ * Buffer sizes (cycbcr_converter_pointer_sizes answers each name exactly):
+ *   - Rows are packed in whole groups of six pixels, ceil(width / 6) groups
+ *     (16 bytes each) a row, built from the samples that follow the row's last
+ *     pixel: each Y row is read for 6 * groups samples, each 4:2:2/4:2:0 chroma
+ *     row for 3 * groups, each 4:4:4 chroma row up to sample 6 * groups - 2.
+ *     cycbcr_yuv420p16_to_012v goes twelve pixels a step: ceil(width / 12) * 2
+ *     groups a row.
+ *   - cycbcr_yuv422p10_to_012v and cycbcr_yuv422p12_to_012v, on every path
+ *     (_internal, the bands and the _avx2 forms alike), write two more words
+ *     (8 bytes) right after a row's last group when width % 6 != 0: words 0 and
+ *     1 of the following group (Cb0 Y0 Cr0, Y1 Cb1 Y2), so those rows read 3 more
+ *     Y, 2 more Cb and 1 more Cr sample. Kept for existing callers. When the
+ *     groups fill the pitch the two words land at the start of the next row,
+ *     which that row's conversion overwrites (in a banded call a band's last
+ *     row may reach into the next band's first row after that band has
+ *     converted it), and after the last row they lie past the frame.
+ *   - The AVX2 forms read and write nothing beyond what the plain forms do:
+ *     they finish each row's last one or two groups with the plain code.
+ *
+ * At level 5 on an AVX2 processor each entry continues in its _avx2 form, which
+ * gives the same bytes and returns the same count (the _avx2 forms convert on
+ * the calling thread only). cycbcr_yuv420p16_to_012v_avx2 has no AVX2 code: it
+ * sets the processor level to 0, runs cycbcr_yuv420p16_to_012v and restores the
+ * level, so for the duration of the call every other thread sees level 0.
+ *
+ * cycbcr_yuv422p10_to_012v, cycbcr_yuv422p12_to_012v and
+ * cycbcr_yuv444p12_to_012v split wide frames into eight row bands below level
+ * 5 (see "Row bands"); their _internal forms are the plain converters on the
+ * calling thread and their _worker forms take a band_job. Band k starts
+ * k * (height / 8) rows in by the pitches as passed (32-bit products), each band
+ * converting at the v210 pitch used: with a dstPitch below v210_row_bytes(width)
+ * (0 included) the bands' rows overlap; the query answers such calls too. */
+CYCBCR_API unsigned int cycbcr_yuv422p10_to_012v(uint8_t* dst, const uint8_t* srcY,
+                                                 const uint8_t* srcCb, const uint8_t* srcCr,
+                                                 unsigned int width, unsigned int height,
+                                                 unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv422p12_to_012v(uint8_t* dst, const uint8_t* srcY,
+                                                 const uint8_t* srcCb, const uint8_t* srcCr,
+                                                 unsigned int width, unsigned int height,
+                                                 unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv422p16_to_012v(uint8_t* dst, const uint8_t* srcY,
+                                                 const uint8_t* srcCb, const uint8_t* srcCr,
+                                                 unsigned int width, unsigned int height,
+                                                 unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv444p10_to_012v(uint8_t* dst, const uint8_t* srcY,
+                                                 const uint8_t* srcCb, const uint8_t* srcCr,
+                                                 unsigned int width, unsigned int height,
+                                                 unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv444p12_to_012v(uint8_t* dst, const uint8_t* srcY,
+                                                 const uint8_t* srcCb, const uint8_t* srcCr,
+                                                 unsigned int width, unsigned int height,
+                                                 unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv420p10_to_012v(uint8_t* dst, const uint8_t* srcY,
+                                                 const uint8_t* srcCb, const uint8_t* srcCr,
+                                                 unsigned int width, unsigned int height,
+                                                 unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv420p16_to_012v(uint8_t* dst, const uint8_t* srcY,
+                                                 const uint8_t* srcCb, const uint8_t* srcCr,
+                                                 unsigned int width, unsigned int height,
+                                                 unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv422p10_to_012v_avx2(uint8_t* dst, const uint8_t* srcY,
+                                                      const uint8_t* srcCb, const uint8_t* srcCr,
+                                                      unsigned int width, unsigned int height,
+                                                      unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv422p12_to_012v_avx2(uint8_t* dst, const uint8_t* srcY,
+                                                      const uint8_t* srcCb, const uint8_t* srcCr,
+                                                      unsigned int width, unsigned int height,
+                                                      unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv422p16_to_012v_avx2(uint8_t* dst, const uint8_t* srcY,
+                                                      const uint8_t* srcCb, const uint8_t* srcCr,
+                                                      unsigned int width, unsigned int height,
+                                                      unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv444p10_to_012v_avx2(uint8_t* dst, const uint8_t* srcY,
+                                                      const uint8_t* srcCb, const uint8_t* srcCr,
+                                                      unsigned int width, unsigned int height,
+                                                      unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv444p12_to_012v_avx2(uint8_t* dst, const uint8_t* srcY,
+                                                      const uint8_t* srcCb, const uint8_t* srcCr,
+                                                      unsigned int width, unsigned int height,
+                                                      unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv420p10_to_012v_avx2(uint8_t* dst, const uint8_t* srcY,
+                                                      const uint8_t* srcCb, const uint8_t* srcCr,
+                                                      unsigned int width, unsigned int height,
+                                                      unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv420p16_to_012v_avx2(uint8_t* dst, const uint8_t* srcY,
+                                                      const uint8_t* srcCb, const uint8_t* srcCr,
+                                                      unsigned int width, unsigned int height,
+                                                      unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv422p10_to_012v_internal(
+    uint8_t* dst, const uint8_t* srcY, const uint8_t* srcCb, const uint8_t* srcCr,
+    unsigned int width, unsigned int height, unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv422p12_to_012v_internal(
+    uint8_t* dst, const uint8_t* srcY, const uint8_t* srcCb, const uint8_t* srcCr,
+    unsigned int width, unsigned int height, unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv444p12_to_012v_internal(
+    uint8_t* dst, const uint8_t* srcY, const uint8_t* srcCb, const uint8_t* srcCr,
+    unsigned int width, unsigned int height, unsigned int dstPitch, unsigned int srcPitch);
+/* A band's thread body: job points at a band_job. */
+CYCBCR_API unsigned int cycbcr_yuv422p10_to_012v_worker(void* job);
+CYCBCR_API unsigned int cycbcr_yuv422p12_to_012v_worker(void* job);
+CYCBCR_API unsigned int cycbcr_yuv444p12_to_012v_worker(void* job);
+
+/* ------------------------------------------------------------------------ */
 /* Row bands: wide high-bit-depth frames on eight threads                    */
 /* ------------------------------------------------------------------------ */
 
@@ -1422,6 +1543,72 @@ CYCBCR_API uint64_t cycbcr_RGB32_to_012v_Alpha(uint8_t* dst, const uint8_t* src,
                                                unsigned int height, unsigned int dstPitch,
                                                unsigned int srcPitch, uint8_t options,
                                                QBYCBCRRgbType rgbType);
+
+/* ------------------------------------------------------------------------ */
+/* Semi-planar 4:2:0: NV12, NV10 and NV12p16                                 */
+/* ------------------------------------------------------------------------ */
+
+/* Two planes: Y, then one plane of interleaved Cb, Cr pairs with one chroma row
+ * for every two Y rows. NV12 has 8-bit samples; NV10 10-bit values in bits 0-9
+ * of 16-bit little-endian words (bits 10-15 ignored on reading); NV12p16 full
+ * 16-bit samples. These formats have no FourCC at the dispatcher: call the
+ * converters by name. The plain names take the AVX2 forms at level 5 on an AVX2
+ * processor (choosing a level first when none is chosen); the AVX2 forms give
+ * the same bytes, touch the same bytes, and need a processor with AVX2.
+ *
+ * NV12 and NV10 sources: pitch P = max(width, srcPitch) (NV10: max(2 * width,
+ * srcPitch)) for both planes, the chroma plane at P * height. Output row r
+ * takes Y row r and chroma row r / 2, unfiltered, so a source of height h
+ * holds (h + 1) / 2 chroma rows.
+ *
+ * Into v210: 8-bit samples widened by << 2, NV10 samples masked to 10 bits;
+ * rows at max(v210_row_bytes(width), dstPitch) of ceil(width / 6) whole groups,
+ * the last group built from the source samples that follow the row's last
+ * pixel (so each source row is read for ceil(width / 6) * 6 pixels). Returns
+ * height * v210_row_bytes(width); a width of 0 writes nothing and returns 0. */
+CYCBCR_CONVERTER(cycbcr_NV12_to_v210_pitched);
+CYCBCR_CONVERTER(cycbcr_NV10_to_v210_pitched);
+/* Same bytes at level 5; the NV12 form is the 8-bit planar packer with a chroma
+ * step of 2. */
+CYCBCR_CONVERTER(cycbcr_NV12_to_v210_avx2);
+CYCBCR_CONVERTER(cycbcr_NV10_to_v210_avx2);
+
+/* Into UYVY: bytes copied as Cb Y0 Cr Y1, width / 2 pixel pairs a row at
+ * max(2 * width, dstPitch). An odd width's last pixel has no pair and is left
+ * unwritten, so no row reaches past 2 * width bytes. Returns that pitch times
+ * the height. */
+CYCBCR_CONVERTER(cycbcr_NV12_to_uyvy_pitched);
+CYCBCR_CONVERTER(cycbcr_NV12_to_uyvy_avx2);
+
+/* Three planes of 16-bit little-endian words (10- or 12-bit values in the low
+ * bits, or 16-bit) into NV12p16: each sample shifted left by 6, 4 or 0 and kept
+ * to 16 bits (so 1023 becomes 0xFFC0 and 4095 0xFFF0; bits above a sample's
+ * depth fall out of the word). Source Y rows srcPitch bytes apart, Cb and Cr
+ * rows srcPitch / 2 apart. Destination pitch D = max(2 * width, dstPitch): Y
+ * rows of width samples, then at D * height the chroma plane of height / 2 rows
+ * of width / 2 Cb, Cr pairs, source chroma rows one to one. An odd height's last
+ * Y row has no chroma row (source chroma row height / 2 is not read) and an odd
+ * width's last pixel no chroma pair, so nothing is written past
+ * D * (height + height / 2), the count returned. Buffer sizes per pointer:
+ * cycbcr_converter_pointer_sizes(). */
+CYCBCR_API unsigned int cycbcr_yuv420p10_to_NV12p16(uint8_t* dst, const uint8_t* srcY, const uint8_t* srcCb,
+    const uint8_t* srcCr, unsigned int width, unsigned int height, unsigned int dstPitch,
+    unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv420p12_to_NV12p16(uint8_t* dst, const uint8_t* srcY, const uint8_t* srcCb,
+    const uint8_t* srcCr, unsigned int width, unsigned int height, unsigned int dstPitch,
+    unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv420p16_to_NV12p16(uint8_t* dst, const uint8_t* srcY, const uint8_t* srcCb,
+    const uint8_t* srcCr, unsigned int width, unsigned int height, unsigned int dstPitch,
+    unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_420p10_to_NV12p16_avx2(uint8_t* dst, const uint8_t* srcY, const uint8_t* srcCb,
+    const uint8_t* srcCr, unsigned int width, unsigned int height, unsigned int dstPitch,
+    unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_420p12_to_NV12p16_avx2(uint8_t* dst, const uint8_t* srcY, const uint8_t* srcCb,
+    const uint8_t* srcCr, unsigned int width, unsigned int height, unsigned int dstPitch,
+    unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_420p16_to_NV12p16_avx2(uint8_t* dst, const uint8_t* srcY, const uint8_t* srcCb,
+    const uint8_t* srcCr, unsigned int width, unsigned int height, unsigned int dstPitch,
+    unsigned int srcPitch);
 
 #ifdef __cplusplus
 } /* extern "C" */

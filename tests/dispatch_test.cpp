@@ -334,6 +334,9 @@ TEST(ConverterLists, NamesFormatsAndForms) {
     using cycbcr::info;
     std::set<std::pair<Format, Format>> pairs;
     for (const Listed& l : listed_converters()) {
+        // Formats without a FourCC are reached by name only, not through these pairs.
+        if (info(l.from).fourcc == cycbcr::kNoFourCC || info(l.to).fourcc == cycbcr::kNoFourCC)
+            continue;
         const std::string stem =
             std::string("cycbcr_") + info(l.from).name + "_to_" + info(l.to).name;
         if (l.pair) {

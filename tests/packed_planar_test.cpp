@@ -100,7 +100,8 @@ std::vector<Wrapper> wrappers() {
     std::vector<Wrapper> out;
     for (const Listed& l : listed_where([](const Listed& l) {
              return l.pair && cycbcr::is_packed422(l.from) != cycbcr::is_packed422(l.to) &&
-                    l.from != Fmt::V210 && l.to != Fmt::V210;
+                    l.from != Fmt::V210 && l.to != Fmt::V210 &&
+                    l.from != Fmt::NV12;  // semi_planar_test
          })) {
         const bool toPlanar = cycbcr::is_packed422(l.from);
         out.push_back({l, toPlanar ? l.from : l.to, toPlanar ? l.to : l.from, toPlanar});
