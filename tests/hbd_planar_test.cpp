@@ -5,7 +5,7 @@
 // Every call runs with each pointer in a guarded buffer of exactly the size the
 // library's per-pointer buffer-size query answers, so a byte touched past the
 // answer crashes the test; the buffers start with random bytes, and the whole
-// of each buffer after the call must equal a per-sample model of the rules
+// of each buffer after the call must equal a per-sample model of the conversion
 // applied to the same starting bytes (so bytes that must not be written are
 // checked too). Then the worked numbers, the AVX2 forms against the plain ones
 // at every width residue, the band thresholds and counts, and FFmpeg's v210
