@@ -4,6 +4,7 @@
 #include <cstring>
 #include <deque>
 #include <map>
+#include <string>
 
 #include "tool_error.h"
 
@@ -325,6 +326,12 @@ class EdgeLeg : public DeepLeg {
     }
     void set_deep_destination(DeepFormat f) {
         dst_deep_ = f;
+        if (f == DeepFormat::Nv12p16 && (width_ % 2 != 0 || height_ % 2 != 0)) {
+            // The library writes width / 2 pairs a row and height / 2 rows of
+            // them: an odd last column or row would be left without chroma.
+            throw ToolError("NV12p16 frames need an even width and height, not " +
+                            std::to_string(width_) + "x" + std::to_string(height_));
+        }
         if (edge_.kind == Kind::PackedToPlanar420) {
             // Its plain path writes rows of whole groups back to back whatever
             // the pitches; its AVX2 form takes the pitches. Give it those.

@@ -1339,9 +1339,10 @@ class NamedFormats(ToolCase):
         for src, dst, said in (("UYVY", "yuv422p12", "no converters"),
                                ("rgb24", "yuv422p10", "coded formats only"),
                                ("v210", "NV12", "no converters"),
-                               ("yuv422p10", "UYVY", "even")):
+                               ("yuv422p10", "UYVY", "even"),
+                               ("yuv420p10", "NV12p16", "even")):
             res = run("convert", "--from", src, "--to", dst, "--size",
-                      "3x2" if dst == "UYVY" else "4x2", "--in", inp,
+                      "3x2" if dst in ("UYVY", "NV12p16") else "4x2", "--in", inp,
                       "--out", self.path("out.raw"))
             err = res.stderr.decode()
             self.assertEqual(res.returncode, 2, (src, dst, err))
