@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <functional>
 #include <cstdio>
 #include <memory>
 #include <optional>
@@ -15,6 +16,8 @@
 #include "command_options.h"
 #include "commands.h"
 #include "conversions.h"
+#include "deep_conversions.h"
+#include "deep_formats.h"
 #include "formats.h"
 #include "frame_io.h"
 #include "from_rgb_conversions.h"
@@ -83,7 +86,62 @@ struct Conversion {
     FrameLayout src_layout;
     uint64_t dst_frame_bytes = 0;
     std::string dst_text;
+    // Writes the built-in frame in the source format; the coded formats'
+    // writer when empty.
+    std::function<void(std::span<uint8_t>)> bars;
 };
+
+// A request naming a format by name (deep_formats.h) on either side, other
+// than NV12 to RGB (which the library converts directly).
+Conversion make_deep_conversion(const Options& options, const std::string& from_text,
+                                const std::string& to_text, uint32_t width, uint32_t height) {
+    Conversion c;
+    Endpoint from;
+    from.deep = parse_deep(from_text);
+    if (!from.deep) {
+        if (resolve_rgb(from_text)) {
+            throw ToolError("convert: RGB sources convert to the coded formats only, not to " +
+                            to_text + " (see cycbcr formats)");
+        }
+        from.code = &resolve_code(from_text, false);
+    }
+    c.src_layout = from.layout(width, height);
+    if (from.deep) {
+        const DeepFormat f = *from.deep;
+        c.bars = [f, width, height](std::span<uint8_t> frame) {
+            write_deep_colour_bars(f, width, height, frame);
+        };
+    }
+    if (const std::optional<RgbDepth> depth = resolve_rgb(to_text)) {
+        const QBYCBCRMatrix matrix = matrix_option(options);
+        const QBYCBCRRgbType type = rgb_type_option(options);
+        c.converter =
+            std::make_unique<DeepRgbConverter>(*from.deep, *depth, width, height, matrix, type);
+        c.dst_frame_bytes = rgb_layout(*depth, width, height).frame_bytes;
+        c.dst_text = rgb_depth_name(*depth);
+        return c;
+    }
+    for (const char* rgb_only : {"--matrix", "--rgb-type", "--bottom-up"}) {
+        if (options.has(rgb_only)) {
+            throw ToolError(std::string("convert: ") + rgb_only +
+                            " applies to RGB sources and destinations only");
+        }
+    }
+    Endpoint to;
+    to.deep = parse_deep(to_text);
+    if (!to.deep) to.code = &resolve_code(to_text, true);
+    c.converter = std::make_unique<DeepConverter>(from, to, width, height);
+    c.dst_frame_bytes = to.layout(width, height).frame_bytes;
+    c.dst_text = to.text();
+    return c;
+}
+
+// Whether a request goes by make_deep_conversion().
+bool names_deep(const std::string& from_text, const std::string& to_text) {
+    const std::optional<DeepFormat> from = parse_deep(from_text);
+    if (from == DeepFormat::Nv12 && resolve_rgb(to_text)) return false;
+    return from || parse_deep(to_text);
+}
 
 Conversion make_from_rgb_conversion(const Options& options, RgbDepth depth, uint32_t width,
                                     uint32_t height) {
@@ -91,11 +149,6 @@ Conversion make_from_rgb_conversion(const Options& options, RgbDepth depth, uint
     const std::string to_text = *options.value("--to");
     if (resolve_rgb(to_text)) {
         throw ToolError("converting RGB to RGB is not supported (see cycbcr formats)");
-    }
-    if (names_nv12(to_text)) {
-        throw ToolError(
-            "convert: NV12 is read only, as a source for RGB destinations; "
-            "it cannot be written");
     }
     const FormatCode& to = resolve_code(to_text, true);
     const QBYCBCRMatrix matrix = matrix_option(options, true);
@@ -122,15 +175,6 @@ Conversion make_conversion(const Options& options, const FormatCode& from, uint3
         c.converter = std::make_unique<RgbConverter>(from, *depth, width, height, matrix, type);
         c.dst_text = rgb_depth_name(*depth);
         return c;
-    }
-    if (names_nv12(to_text)) {
-        throw ToolError(
-            "convert: NV12 is read only, as a source for RGB destinations; "
-            "it cannot be written");
-    }
-    if (from.format == Format::NV12) {
-        throw ToolError("convert: NV12 converts to RGB depths only, not to " + to_text +
-                        " (see cycbcr formats)");
     }
     for (const char* rgb_only : {"--matrix", "--rgb-type", "--bottom-up"}) {
         if (options.has(rgb_only)) {
@@ -162,35 +206,47 @@ int run_convert(Args args) {
     options.require("--to");
     if (options.has("--in")) options.require("--size", "with --in");
     const std::string from_text = *options.value("--from");
+    const std::string to_text = *options.value("--to");
+    const bool deep = names_deep(from_text, to_text);
     // An RGB source: a depth, or the code 0 (rgb32).
-    const std::optional<RgbDepth> rgb = resolve_rgb(from_text);
+    const std::optional<RgbDepth> rgb = deep ? std::nullopt : resolve_rgb(from_text);
     if (rgb && !rgb_convertible_source(*rgb)) {
         throw ToolError(
             std::string("convert: ") + rgb_depth_name(*rgb) +
             " is not a source convert reads (rgb24, rgb32, rgb48, rgb64, rgb32f, rgb10)");
     }
-    const FormatCode* from = rgb ? nullptr : &resolve_source(from_text);
-    const std::string from_name = rgb ? rgb_depth_name(*rgb) : code_text(from->value);
+    const FormatCode* from = rgb || deep ? nullptr : &resolve_source(from_text);
+    std::string from_name;
+    if (rgb) {
+        from_name = rgb_depth_name(*rgb);
+    } else if (const std::optional<DeepFormat> named = parse_deep(from_text)) {
+        from_name = deep_name(*named);
+    } else {
+        from_name = code_text(resolve_code(from_text, false).value);
+    }
 
     uint32_t width = 1920;
     uint32_t height = 1080;
     if (const std::optional<std::string> size = options.value("--size")) {
         parse_size(*size, width, height);
     }
-    Conversion conversion = rgb ? make_from_rgb_conversion(options, *rgb, width, height)
-                                : make_conversion(options, *from, width, height);
+    Conversion conversion = deep  ? make_deep_conversion(options, from_text, to_text, width, height)
+                            : rgb ? make_from_rgb_conversion(options, *rgb, width, height)
+                                  : make_conversion(options, *from, width, height);
     Converter& converter = *conversion.converter;
     const std::string size_text = std::to_string(width) + "x" + std::to_string(height);
     const std::span<uint8_t> src_frame = converter.source();
 
     std::optional<FrameReader> reader;
     if (const std::optional<std::string> in = options.value("--in")) {
-        reader.emplace(*in, conversion.src_layout.frame_bytes,
-                       size_text + " " + (rgb ? rgb_depth_name(*rgb) : format_name(from->format)));
+        reader.emplace(*in, conversion.src_layout.frame_bytes, size_text + " " + from_name);
+    } else if (conversion.bars) {
+        conversion.bars(src_frame);
     } else if (rgb) {
         write_rgb_colour_bars(*rgb, rgb_type_option(options), width, height, src_frame);
     } else {
-        write_colour_bars(from->format, width, height, conversion.src_layout, src_frame);
+        const FormatCode& code = from != nullptr ? *from : resolve_code(from_text, false);
+        write_colour_bars(code.format, width, height, conversion.src_layout, src_frame);
     }
     // The level is settled before the first frame: some converters called
     // without the dispatcher leave the choice to a later call, and every

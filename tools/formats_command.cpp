@@ -8,6 +8,8 @@
 
 #include "commands.h"
 #include "conversions.h"
+#include "deep_conversions.h"
+#include "deep_formats.h"
 #include "formats.h"
 #include "from_rgb_conversions.h"
 #include "tool_error.h"
@@ -54,8 +56,23 @@ int run_formats(Args args) {
         }
         std::printf("         %s\n", line.c_str());
     }
-    std::printf("  %-6s %s\n", format_name(Format::NV12), format_description(Format::NV12));
-    std::puts("         name NV12 (no code): a source for RGB destinations and previews only");
+    std::puts(
+        "\nNamed formats (no codes: given by name, in any case), with the library's\n"
+        "converters to and from each; the command reaches every other format, RGB\n"
+        "included, from them and to them by way of v210 or UYVY:\n");
+    for (const DeepFormat f : all_deep_formats()) {
+        std::printf("  %-10s %s\n", deep_name(f), deep_description(f));
+        const auto join = [](const std::vector<std::string>& names) {
+            std::string text;
+            for (const std::string& n : names) text += (text.empty() ? "" : ", ") + n;
+            return text.empty() ? std::string("none") : text;
+        };
+        std::printf("             to %s; from %s\n", join(deep_direct_destinations(f)).c_str(),
+                    join(deep_direct_sources(f)).c_str());
+    }
+    std::puts(
+        "  The library reads no NV12p16: the command brings it to NV10 (each word\n"
+        "  shifted right by 6) and goes on from there.");
 
     std::puts(
         "\n  RGB destinations are named by depth: rgb555, rgb565, rgb24, rgb32 (code 0),\n"
@@ -102,12 +119,19 @@ int run_formats(Args args) {
         }
         std::putchar('\n');
     }
-    // NV12 converts to RGB only, through the library's converter to rgb32
-    // (the other depths repacked from its frame).
-    std::printf("  %-9s", format_name(Format::NV12));
-    for (size_t i = 0; i < ycbcr.size(); ++i) std::printf(" %6s", "-");
-    for (size_t i = 0; i < all_rgb_depths().size(); ++i) std::printf(" %6s", "yes");
-    std::putchar('\n');
+    // The named formats: by their routes to and from the coded ones; to RGB
+    // through v210 or UYVY (NV12 through the library's converter to rgb32,
+    // the other depths repacked from its frame).
+    for (const DeepFormat f : all_deep_formats()) {
+        std::printf("  %-9s", deep_name(f));
+        for (const FormatCodes* to : ycbcr) {
+            const Endpoint target{std::nullopt, to->codes.front()};
+            const bool routed = deep_route_exists(Endpoint{f, nullptr}, target);
+            std::printf(" %6s", routed ? "yes" : "-");
+        }
+        for (size_t i = 0; i < all_rgb_depths().size(); ++i) std::printf(" %6s", "yes");
+        std::putchar('\n');
+    }
     std::puts(
         "\n  yes  converted by 'cycbcr convert' through the library's converters (NV12\n"
         "       to rgb555, rgb565 and rgb24 repacked from its converter to rgb32)\n"

@@ -3,6 +3,7 @@
 #include <cycbcr.h>
 
 #include <charconv>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -11,6 +12,8 @@
 #include "colour_bars.h"
 #include "command_options.h"
 #include "commands.h"
+#include "deep_conversions.h"
+#include "deep_formats.h"
 #include "formats.h"
 #include "frame_io.h"
 #include "png_writer.h"
@@ -63,8 +66,12 @@ int run_preview(Args args) {
     if (in) options.require("--size", "with --in");
 
     const std::string from_text = *options.value("--from");
-    const std::optional<RgbDepth> rgb = resolve_rgb(from_text);
-    const FormatCode* from = rgb ? nullptr : &resolve_source(from_text);
+    // NV12 goes to RGB through the library's own converter; the other named
+    // formats by way of v210 or UYVY.
+    std::optional<DeepFormat> deep = parse_deep(from_text);
+    if (deep == DeepFormat::Nv12) deep.reset();
+    const std::optional<RgbDepth> rgb = deep ? std::nullopt : resolve_rgb(from_text);
+    const FormatCode* from = rgb || deep ? nullptr : &resolve_source(from_text);
     if (rgb && options.has("--matrix")) {
         throw ToolError("preview: --matrix applies to YCbCr sources only");
     }
@@ -90,7 +97,7 @@ int run_preview(Args args) {
     // YCbCr goes through the library to R, G, B bytes top-down, exactly the
     // rows of an 8-bit RGB PNG; RGB frames are read as they are, 16-bit and
     // float channels reduced to 8 bits (rgb_row_to_rgb24()).
-    std::optional<RgbConverter> converter;
+    std::unique_ptr<Converter> converter;
     std::vector<uint8_t> rgb_frame;
     std::span<uint8_t> frame;
     FrameLayout layout;
@@ -100,10 +107,16 @@ int run_preview(Args args) {
         rgb_frame.resize(layout.frame_bytes);
         frame = rgb_frame;
         frame_text += rgb_depth_name(*rgb);
+    } else if (deep) {
+        layout = deep_layout(*deep, width, height);
+        converter = std::make_unique<DeepRgbConverter>(*deep, RgbDepth::Rgb24, width, height,
+                                                       matrix_option(options), QBYCBCR_RGB_RGBA);
+        frame = converter->source();
+        frame_text += deep_name(*deep);
     } else {
         layout = source_layout(from->format, width, height);
-        converter.emplace(*from, RgbDepth::Rgb24, width, height, matrix_option(options),
-                          QBYCBCR_RGB_RGBA);
+        converter = std::make_unique<RgbConverter>(*from, RgbDepth::Rgb24, width, height,
+                                                   matrix_option(options), QBYCBCR_RGB_RGBA);
         frame = converter->source();
         frame_text += format_name(from->format);
     }
@@ -115,6 +128,8 @@ int run_preview(Args args) {
         read_frame(reader, index, frame, *in);
     } else if (rgb) {
         write_rgb_colour_bars(*rgb, type, width, height, frame);
+    } else if (deep) {
+        write_deep_colour_bars(*deep, width, height, frame);
     } else {
         write_colour_bars(from->format, width, height, layout, frame);
     }

@@ -36,12 +36,14 @@ BARS_75_10 = [(721, 512, 512), (646, 176, 567), (525, 625, 176), (450, 289, 231)
 
 YCBCR = ["UYVY", "YUY2", "YVYU", "cyuv", "I420", "YV12", "P422", "v210"]
 RGB_DEPTHS = ["rgb555", "rgb565", "rgb24", "rgb32"]
-# The pair table: a row per format (RGB, then NV12, a source for RGB only,
-# last), a column per YCbCr format and per RGB depth.
-ROWS = YCBCR + ["rgb32", "NV12"]
+# The pair table: a row per format (RGB, then the formats named rather than
+# coded, last), a column per YCbCr format and per RGB depth.
+NAMED_ROWS = ["yuv420p10", "yuv420p12", "yuv420p16", "yuv422p10", "yuv422p12", "yuv422p16",
+              "yuv444p10", "yuv444p12", "NV12", "NV10", "NV12p16"]
+ROWS = YCBCR + ["rgb32"] + NAMED_ROWS
 COLUMNS = YCBCR + RGB_DEPTHS
-# The code (for NV12 the name) to give each format by on the command line.
-FORMAT_CODE = {f: f for f in COLUMNS + ["NV12"]}
+# The code (for named formats the name) to give each format by on the command line.
+FORMAT_CODE = {f: f for f in COLUMNS + NAMED_ROWS}
 FORMAT_CODE["rgb32"] = "0"
 PIXEL_BYTES = {"rgb555": 2, "rgb565": 2, "rgb24": 3, "rgb32": 4}
 
@@ -495,10 +497,11 @@ class FormatListing(ToolCase):
             self.assertEqual(cells[pair], "yes", pair)
         for depth in RGB_DEPTHS:
             self.assertEqual(cells[("rgb32", depth)], "-")
-            self.assertEqual(cells[("NV12", depth)], "yes")
-        # NV12 goes to RGB only.
-        for fmt in YCBCR:
-            self.assertEqual(cells[("NV12", fmt)], "-", fmt)
+        # The named formats reach every coded format and RGB depth through
+        # v210 or UYVY.
+        for name in NAMED_ROWS:
+            for fmt in COLUMNS:
+                self.assertEqual(cells[(name, fmt)], "yes", (name, fmt))
 
     def test_pair_table_agrees_with_convert(self):
         # Every pair the table marks is converted; every other one is refused
@@ -880,7 +883,7 @@ class RgbSource(ToolCase):
                 ("rgb10", "I420", [], "v210 only"),
                 ("rgb10", "v210", ["--rgb-type", "rgba"], "multiple of 6"),
                 ("rgb24", "rgb32", [], "not supported"),
-                ("rgb32f", "NV12", [], "cannot be written"),
+                ("rgb32f", "NV12", [], "coded formats only"),
                 ("rgb565", "UYVY", [], "not a source"),
                 ("rgb24", "UYVY", ["--matrix", "11"], "0 to 10"),
                 ("rgb24", "UYVY", ["--matrix", "010"], "0 to 10"),
@@ -1135,13 +1138,10 @@ class Refusals(ToolCase):
 
     def test_unknown_or_unsupported_codes(self):
         self.assertIn("unknown", self.refuse(*self.convert_args(**{"--from": "NV21"})))
-        # NV12 is a name for RGB destinations and previews only.
+        # NV12 is a source only: the library writes no NV12.
         nv12 = self.write("in.nv12", bytes(4 * 2 + 4))
-        for fmt in ("UYVY", "I420", "v210"):
-            self.assertIn("RGB depths only", self.refuse(*self.convert_args(
-                **{"--from": "NV12", "--to": fmt, "--in": nv12})))
         for src in ("YUY2", "NV12"):
-            self.assertIn("cannot be written", self.refuse(*self.convert_args(
+            self.assertIn("no converters", self.refuse(*self.convert_args(
                 **{"--from": src, "--to": "NV12"})))
         self.refuse(*self.convert_args(  # a short frame
             **{"--from": "NV12", "--to": "rgb24", "--size": "4x4", "--in": nv12}))
@@ -1190,6 +1190,165 @@ class Refusals(ToolCase):
         self.refuse(*self.convert_args(**{"--out": self.dir}))
         self.refuse(*self.convert_args(**{"--out": self.path("no/such/dir/out.raw")}))
         self.assertFalse(os.path.exists(self.path("no")))
+
+
+def words(data):
+    return [int.from_bytes(data[i:i + 2], "little") for i in range(0, len(data), 2)]
+
+
+def word_bytes(values):
+    return b"".join(v.to_bytes(2, "little") for v in values)
+
+
+# The formats named rather than coded: (chroma x step, chroma y step, bits).
+PLANAR_NAMED = {"yuv420p10": (2, 2, 10), "yuv420p12": (2, 2, 12), "yuv420p16": (2, 2, 16),
+                "yuv422p10": (2, 1, 10), "yuv422p12": (2, 1, 12), "yuv422p16": (2, 1, 16),
+                "yuv444p10": (1, 1, 10), "yuv444p12": (1, 1, 12)}
+NAMED = list(PLANAR_NAMED) + ["NV12", "NV10", "NV12p16"]
+
+
+def planar_split(name, data, width, height):
+    """The Y, Cb and Cr planes of a named planar frame as lists of rows of
+    sample values."""
+    cx, cy, _ = PLANAR_NAMED[name]
+    cw, ch = -(-width // cx), -(-height // cy)
+    values = words(data)
+    assert len(values) == width * height + 2 * cw * ch, (name, len(values))
+    y = [values[r * width:(r + 1) * width] for r in range(height)]
+    at = width * height
+    cb = [values[at + r * cw:at + (r + 1) * cw] for r in range(ch)]
+    at += cw * ch
+    cr = [values[at + r * cw:at + (r + 1) * cw] for r in range(ch)]
+    return y, cb, cr
+
+
+def v210_pixels(data, width, height):
+    """(Y, Cb, Cr) of every pixel of a v210 file, each pixel taking its
+    pair's chroma."""
+    pitch = v210_row_bytes(width)
+    frame = []
+    for r in range(height):
+        s, _ = v210_samples(data[r * pitch:(r + 1) * pitch])
+        frame.append([(s[2 * x + 1], s[4 * (x // 2)], s[4 * (x // 2) + 2]) for x in range(width)])
+    return frame
+
+
+class NamedFormats(ToolCase):
+    """The formats without codes, converted through the library's named
+    converters, their files checked against models of the formats."""
+
+    def random_planar(self, name, width, height):
+        cx, cy, bits = PLANAR_NAMED[name]
+        n = width * height + 2 * -(-width // cx) * -(-height // cy)
+        return word_bytes(self.rng.getrandbits(bits) for _ in range(n))
+
+    def test_planar_to_v210_holds_each_pixels_samples(self):
+        for name, (cx, cy, bits) in PLANAR_NAMED.items():
+            if name == "yuv420p12":
+                continue  # the library packs it to NV12p16 only (below)
+            for size in ("12x2", "17x3", "50x5"):
+                w, h = map(int, size.split("x"))
+                data = self.random_planar(name, w, h)
+                got = v210_pixels(self.convert(name, "v210", size, data), w, h)
+                y, cb, cr = planar_split(name, data, w, h)
+                # 10 bits kept: 12-bit samples lose two, 16-bit six; a v210
+                # pair takes the chroma of its even pixel, a row the chroma
+                # row of its 4:2:0 pair.
+                down = {10: lambda v: v & 0x3FF, 12: lambda v: (v >> 2) & 0x3FF,
+                        16: lambda v: v >> 6}[bits]
+                for r in range(h):
+                    for x in range(w):
+                        c = (x - x % 2) // cx
+                        want = (down(y[r][x]), down(cb[r // cy][c]), down(cr[r // cy][c]))
+                        self.assertEqual(got[r][x], want, (name, size, r, x))
+
+    def test_round_trips_through_v210(self):
+        for size in ("12x2", "17x3", "50x5"):
+            w, h = map(int, size.split("x"))
+            for name in ("yuv422p10", "yuv420p10"):
+                data = self.random_planar(name, w, h)
+                v210 = self.convert(name, "v210", size, data)
+                self.assertEqual(self.convert("v210", name, size, v210), data, (name, size))
+            # To 16 bits: the 10-bit samples shifted up.
+            data = self.random_planar("yuv422p10", w, h)
+            v210 = self.convert("yuv422p10", "v210", size, data)
+            self.assertEqual(self.convert("v210", "yuv422p16", size, v210),
+                             word_bytes(v << 6 for v in words(data)), size)
+            # To 4:4:4: each odd pixel takes its pair's chroma.
+            y, cb, cr = planar_split("yuv422p10", data, w, h)
+            wide = [[row[x // 2] for x in range(w)] for row in cb + cr]
+            want = word_bytes(sum(y, []) + sum(wide, []))
+            self.assertEqual(self.convert("v210", "yuv444p10", size, v210), want, size)
+
+    def test_semi_planar_sources(self):
+        w, h = 14, 5
+        cw, ch = 7, 3
+        nv12 = self.random_bytes(w * h + 2 * cw * ch)
+        uyvy = self.convert("NV12", "UYVY", f"{w}x{h}", nv12)
+        for r in range(h):
+            for x in range(0, w, 2):
+                c = w * h + (r // 2) * 2 * cw + x
+                pair = uyvy[r * 2 * w + 2 * x:r * 2 * w + 2 * x + 4]
+                self.assertEqual(pair, bytes([nv12[c], nv12[r * w + x], nv12[c + 1],
+                                              nv12[r * w + x + 1]]), (r, x))
+        got = v210_pixels(self.convert("NV12", "v210", f"{w}x{h}", nv12), w, h)
+        for r in range(h):
+            for x in range(w):
+                c = w * h + (r // 2) * 2 * cw + (x - x % 2)
+                want = (nv12[r * w + x] << 2, nv12[c] << 2, nv12[c + 1] << 2)
+                self.assertEqual(got[r][x], want, (r, x))
+        # NV10 masks its words to 10 bits; NV12p16 is read as NV10 of the top
+        # ten bits.
+        values = [self.rng.getrandbits(16) for _ in range(w * h + 2 * cw * ch)]
+        for name, down in (("NV10", lambda v: v & 0x3FF), ("NV12p16", lambda v: v >> 6)):
+            got = v210_pixels(self.convert(name, "v210", f"{w}x{h}", word_bytes(values)), w, h)
+            for r in range(h):
+                for x in range(w):
+                    c = w * h + (r // 2) * 2 * cw + (x - x % 2)
+                    want = (down(values[r * w + x]), down(values[c]), down(values[c + 1]))
+                    self.assertEqual(got[r][x], want, (name, r, x))
+
+    def test_planar_420_to_nv12p16(self):
+        w, h = 10, 4
+        for name, shift in (("yuv420p10", 6), ("yuv420p12", 4), ("yuv420p16", 0)):
+            data = self.random_planar(name, w, h)
+            y, cb, cr = planar_split(name, data, w, h)
+            want = [v << shift for v in sum(y, [])]
+            for r in range(h // 2):
+                for k in range(w // 2):
+                    want += [cb[r][k] << shift, cr[r][k] << shift]
+            got = words(self.convert(name, "NV12p16", f"{w}x{h}", data))
+            self.assertEqual(got, [v & 0xFFFF for v in want], name)
+
+    def test_every_named_format_previews_the_bars(self):
+        for name in NAMED:
+            for size in ("64x2", "31x3"):
+                w, h = map(int, size.split("x"))
+                res = run("preview", "--from", name, "--size", size, "--out", self.path("p.png"))
+                self.assertEqual(res.returncode, 0, (name, res.stderr.decode()))
+                width, height, pixels = read_png(self.read("p.png"))
+                self.assertEqual((width, height), (w, h))
+                if w == 64:
+                    # The middle of each bar, away from chroma shared across
+                    # a bar edge.
+                    self.assert_bars([pixels[3 * (8 * i + 4):3 * (8 * i + 4) + 3]
+                                      for i in range(8)])
+
+    def test_named_requests_refused_and_nothing_written(self):
+        inp = self.write("in.raw", bytes(4 * 2 * 2 * 3))
+        for src, dst, said in (("UYVY", "yuv422p12", "no converters"),
+                               ("rgb24", "yuv422p10", "coded formats only"),
+                               ("v210", "NV12", "no converters"),
+                               ("yuv422p10", "UYVY", "even"),
+                               ("yuv420p10", "NV12p16", "even")):
+            res = run("convert", "--from", src, "--to", dst, "--size",
+                      "3x2" if dst in ("UYVY", "NV12p16") else "4x2", "--in", inp,
+                      "--out", self.path("out.raw"))
+            err = res.stderr.decode()
+            self.assertEqual(res.returncode, 2, (src, dst, err))
+            self.assertEqual(len(err.splitlines()), 1, err)
+            self.assertIn(said, err, (src, dst))
+            self.assertEqual(os.listdir(self.dir), ["in.raw"])
 
 
 if __name__ == "__main__":
