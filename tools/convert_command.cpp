@@ -209,21 +209,13 @@ int run_convert(Args args) {
     const std::string to_text = *options.value("--to");
     const bool deep = names_deep(from_text, to_text);
     // An RGB source: a depth, or the code 0 (rgb32).
-    const std::optional<RgbDepth> rgb = deep ? std::nullopt : resolve_rgb(from_text);
+    const std::optional<RgbDepth> rgb = resolve_rgb(deep ? std::string() : from_text);
     if (rgb && !rgb_convertible_source(*rgb)) {
         throw ToolError(
             std::string("convert: ") + rgb_depth_name(*rgb) +
             " is not a source convert reads (rgb24, rgb32, rgb48, rgb64, rgb32f, rgb10)");
     }
     const FormatCode* from = rgb || deep ? nullptr : &resolve_source(from_text);
-    std::string from_name;
-    if (rgb) {
-        from_name = rgb_depth_name(*rgb);
-    } else if (const std::optional<DeepFormat> named = parse_deep(from_text)) {
-        from_name = deep_name(*named);
-    } else {
-        from_name = code_text(resolve_code(from_text, false).value);
-    }
 
     uint32_t width = 1920;
     uint32_t height = 1080;
@@ -234,6 +226,14 @@ int run_convert(Args args) {
                             : rgb ? make_from_rgb_conversion(options, *rgb, width, height)
                                   : make_conversion(options, *from, width, height);
     Converter& converter = *conversion.converter;
+    std::string from_name;
+    if (rgb) {
+        from_name = rgb_depth_name(*rgb);
+    } else if (const std::optional<DeepFormat> named = parse_deep(from_text)) {
+        from_name = deep_name(*named);
+    } else {
+        from_name = code_text(resolve_code(from_text, false).value);
+    }
     const std::string size_text = std::to_string(width) + "x" + std::to_string(height);
     const std::span<uint8_t> src_frame = converter.source();
 

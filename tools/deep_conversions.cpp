@@ -195,7 +195,7 @@ struct WorkPlane {
 // chroma, `unit` samples), so that the pixel groups that run past the width
 // repeat the picture's edge.
 void pad_in(uint8_t* work, const WorkPlane& w, const uint8_t* file, const DeepPlane& f,
-            uint32_t unit) {
+            uint32_t unit, uint32_t call_rows) {
     const uint32_t sb = f.sample_bytes;
     for (uint32_t r = 0; r < f.rows; ++r) {
         uint8_t* out = work + w.offset + uint64_t{r} * w.pitch;
@@ -206,6 +206,11 @@ void pad_in(uint8_t* work, const WorkPlane& w, const uint8_t* file, const DeepPl
         for (uint32_t s = f.samples; s + unit <= w.samples; s += unit) {
             std::memcpy(out + uint64_t{s} * sb, edge, uint64_t{unit} * sb);
         }
+    }
+    // Rows the call converts past the picture repeat its last row.
+    for (uint32_t r = f.rows; r < call_rows && f.rows > 0; ++r) {
+        std::memcpy(work + w.offset + uint64_t{r} * w.pitch,
+                    work + w.offset + uint64_t{f.rows - 1} * w.pitch, uint64_t{w.samples} * sb);
     }
 }
 
@@ -263,10 +268,17 @@ std::vector<WorkPlane> work_planes(DeepFormat format, uint32_t pitch, uint32_t p
 class EdgeLeg : public DeepLeg {
   public:
     EdgeLeg(const Edge& edge, uint32_t width, uint32_t height)
-        : edge_(edge), width_(width), height_(height) {
+        : edge_(edge), width_(width), height_(height), call_width_(width), call_height_(height) {
+        if (edge.to.deep == static_cast<int>(DeepFormat::Nv12p16)) {
+            // The library gives NV12p16 width / 2 pairs a row and height / 2
+            // chroma rows: an odd size is converted one column and row larger,
+            // the source's last column and row repeated, and cut back.
+            call_width_ += width % 2;
+            call_height_ += height % 2;
+        }
         // Rows padded to a multiple of twelve pixels cover every group a
         // converter reads or writes for them.
-        padded_ = round_up(std::max(width, 1u), 12);
+        padded_ = round_up(std::max(call_width_, 1u), 12);
         switch (edge.kind) {
             case Kind::PlanarToPacked:
                 set_deep_source(static_cast<DeepFormat>(edge.from.deep));
@@ -322,16 +334,10 @@ class EdgeLeg : public DeepLeg {
         // At least the pitch the library takes for a padded row: NV12 and
         // NV10 use the width (times two for NV10) when the pitch is smaller.
         src_pitch_ = round_up(padded_ * sb, 64);
-        src_work_ = work_planes(f, src_pitch_, padded_, height_);
+        src_work_ = work_planes(f, src_pitch_, padded_, call_height_);
     }
     void set_deep_destination(DeepFormat f) {
         dst_deep_ = f;
-        if (f == DeepFormat::Nv12p16 && (width_ % 2 != 0 || height_ % 2 != 0)) {
-            // The library writes width / 2 pairs a row and height / 2 rows of
-            // them: an odd last column or row would be left without chroma.
-            throw ToolError("NV12p16 frames need an even width and height, not " +
-                            std::to_string(width_) + "x" + std::to_string(height_));
-        }
         if (edge_.kind == Kind::PackedToPlanar420) {
             // Its plain path writes rows of whole groups back to back whatever
             // the pitches; its AVX2 form takes the pitches. Give it those.
@@ -343,7 +349,7 @@ class EdgeLeg : public DeepLeg {
             return;
         }
         dst_pitch_ = round_up(padded_ * 2, 64);
-        dst_work_ = work_planes(f, dst_pitch_, padded_, height_);
+        dst_work_ = work_planes(f, dst_pitch_, padded_, call_height_);
     }
 
     // Asks the library how far the call reaches from each pointer, and sizes
@@ -352,8 +358,9 @@ class EdgeLeg : public DeepLeg {
         if (edge_.kind == Kind::Shift) return;
         uint64_t reach[4] = {0, 0, 0, 0};
         if (edge_.kind == Kind::SemiToPacked) {
-            if (cycbcr_converter_buffer_sizes(edge_.name, width_, height_, coded_.call_pitch,
-                                              src_pitch_, 0, 0, &reach[0], &reach[1]) == 0) {
+            if (cycbcr_converter_buffer_sizes(edge_.name, call_width_, call_height_,
+                                              coded_.call_pitch, src_pitch_, 0, 0, &reach[0],
+                                              &reach[1]) == 0) {
                 throw ToolError(std::string("the library gives no buffer sizes for ") + edge_.name);
             }
         } else {
@@ -371,8 +378,8 @@ class EdgeLeg : public DeepLeg {
                 pitches[2] = coded_.call_pitch;
                 count = 3;
             }
-            if (cycbcr_converter_pointer_sizes(edge_.name, width_, height_, pitches, count,
-                                               reach) == 0) {
+            if (cycbcr_converter_pointer_sizes(edge_.name, call_width_, call_height_, pitches,
+                                               count, reach) == 0) {
                 throw ToolError(std::string("the library gives no buffer sizes for ") + edge_.name);
             }
         }
@@ -382,7 +389,7 @@ class EdgeLeg : public DeepLeg {
         auto planes_buffers = [&](DeepFormat f, const std::vector<WorkPlane>& work,
                                   std::vector<std::vector<uint8_t>>& out) {
             const uint32_t sb = f == DeepFormat::Nv12 ? 1 : 2;
-            const std::vector<DeepPlane> file = deep_planes(f, width_, height_);
+            const std::vector<DeepPlane> file = deep_planes(f, call_width_, call_height_);
             if (deep_semi_planar(f)) {
                 uint64_t bytes = reach[next++];
                 for (size_t p = 0; p < file.size(); ++p) {
@@ -420,9 +427,10 @@ class EdgeLeg : public DeepLeg {
 
     void fill_deep(const uint8_t* in) {
         const std::vector<DeepPlane> file = deep_planes(*src_deep_, width_, height_);
+        const std::vector<DeepPlane> call = deep_planes(*src_deep_, call_width_, call_height_);
         for (size_t p = 0; p < file.size(); ++p) {
             const uint32_t unit = deep_semi_planar(*src_deep_) && p == 1 ? 2 : 1;
-            pad_in(plane_base(src_bufs_, p), src_work_[p], in, file[p], unit);
+            pad_in(plane_base(src_bufs_, p), src_work_[p], in, file[p], unit, call[p].rows);
         }
     }
 
@@ -470,7 +478,8 @@ class EdgeLeg : public DeepLeg {
                 uint8_t* dst = edge_.to.deep >= 0 ? dst_bufs_[0].data() : coded_buf_.data();
                 const uint32_t dp = edge_.to.deep >= 0 ? dst_pitch_ : coded_.call_pitch;
                 edge_.planar_to_packed(dst, src_bufs_[0].data(), src_bufs_[1].data(),
-                                       src_bufs_[2].data(), width_, height_, dp, src_pitch_);
+                                       src_bufs_[2].data(), call_width_, call_height_, dp,
+                                       src_pitch_);
                 break;
             }
             case Kind::SemiToPacked:
@@ -503,7 +512,7 @@ class EdgeLeg : public DeepLeg {
     }
 
     const Edge& edge_;
-    uint32_t width_, height_, padded_ = 0;
+    uint32_t width_, height_, call_width_, call_height_, padded_ = 0;
     std::optional<DeepFormat> src_deep_, dst_deep_;
     uint32_t src_pitch_ = 0, dst_pitch_ = 0;
     std::vector<WorkPlane> src_work_, dst_work_;

@@ -68,9 +68,10 @@ int run_preview(Args args) {
     const std::string from_text = *options.value("--from");
     // NV12 goes to RGB through the library's own converter; the other named
     // formats by way of v210 or UYVY.
-    std::optional<DeepFormat> deep = parse_deep(from_text);
-    if (deep == DeepFormat::Nv12) deep.reset();
-    const std::optional<RgbDepth> rgb = deep ? std::nullopt : resolve_rgb(from_text);
+    const std::optional<DeepFormat> named = parse_deep(from_text);
+    const bool deep = named && *named != DeepFormat::Nv12;
+    const DeepFormat deep_format = deep ? *named : DeepFormat::Nv12;
+    const std::optional<RgbDepth> rgb = resolve_rgb(deep ? std::string() : from_text);
     const FormatCode* from = rgb || deep ? nullptr : &resolve_source(from_text);
     if (rgb && options.has("--matrix")) {
         throw ToolError("preview: --matrix applies to YCbCr sources only");
@@ -108,11 +109,11 @@ int run_preview(Args args) {
         frame = rgb_frame;
         frame_text += rgb_depth_name(*rgb);
     } else if (deep) {
-        layout = deep_layout(*deep, width, height);
-        converter = std::make_unique<DeepRgbConverter>(*deep, RgbDepth::Rgb24, width, height,
+        layout = deep_layout(deep_format, width, height);
+        converter = std::make_unique<DeepRgbConverter>(deep_format, RgbDepth::Rgb24, width, height,
                                                        matrix_option(options), QBYCBCR_RGB_RGBA);
         frame = converter->source();
-        frame_text += deep_name(*deep);
+        frame_text += deep_name(deep_format);
     } else {
         layout = source_layout(from->format, width, height);
         converter = std::make_unique<RgbConverter>(*from, RgbDepth::Rgb24, width, height,
@@ -129,7 +130,7 @@ int run_preview(Args args) {
     } else if (rgb) {
         write_rgb_colour_bars(*rgb, type, width, height, frame);
     } else if (deep) {
-        write_deep_colour_bars(*deep, width, height, frame);
+        write_deep_colour_bars(deep_format, width, height, frame);
     } else {
         write_colour_bars(from->format, width, height, layout, frame);
     }
