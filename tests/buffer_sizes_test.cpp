@@ -291,6 +291,56 @@ TEST(BufferSizes, AlphaConvertersAnswerForTheirFrames) {
         }
 }
 
+// v210 into three separate 4:2:2 planes, 8- or 16-bit, answered pointer by
+// pointer: each call between guard pages at exactly those sizes, at both
+// levels, and the last answered byte of each plane is written.
+TEST(BufferSizes, V210IntoThreePlanesHoldPointerByPointer) {
+    using Planes = unsigned int (*)(uint8_t*, uint8_t*, uint8_t*, const uint8_t*, unsigned int,
+                                    unsigned int, unsigned int, unsigned int);
+    struct Named {
+        const char* name;
+        Planes fn;
+    };
+    const Named named[] = {
+        {"cycbcr_012v_to_planar422", cycbcr_012v_to_planar422},
+        {"cycbcr_012v_to_planar422_16",
+         [](uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, unsigned int w,
+            unsigned int h, unsigned int dp,
+            unsigned int sp) { return cycbcr_012v_to_planar422_16(y, cb, cr, src, w, h, dp, sp); }},
+    };
+    for (const unsigned int level : {0u, 5u}) {
+        cycbcr_set_cpu(level);
+        for (const Named& n : named) {
+            for (const unsigned int w : {1u, 7u, 12u, 13u, 50u}) {
+                const unsigned int h = 3, wide = std::strstr(n.name, "16") != nullptr ? 2 : 1;
+                const unsigned int pitches[2] = {((w + 11) / 12 * 12 + 4) * wide,
+                                                 v210_row_bytes(w) + 16};
+                uint64_t bytes[4] = {};
+                ASSERT_EQ(cycbcr_converter_pointer_sizes(n.name, w, h, pitches, 2, bytes), 1u);
+                // Y: whole 12-pixel steps in each row; chroma rows half the pitch
+                // apart.
+                const uint64_t yRow = (w + 11) / 12 * 12 * wide;
+                EXPECT_EQ(bytes[0], 2 * uint64_t{pitches[0]} + yRow) << n.name << " " << w;
+                EXPECT_EQ(bytes[1], 2 * uint64_t{pitches[0] / 2} + yRow / 2) << n.name;
+                EXPECT_EQ(bytes[3], 2 * uint64_t{pitches[1]} + (w + 11) / 12 * 32) << n.name;
+                GuardedBuffer y(bytes[0]), cb(bytes[1]), cr(bytes[2]), src(bytes[3]);
+                std::memset(y.data(), 0xEE, bytes[0]);
+                std::memset(cb.data(), 0xEE, bytes[1]);
+                const std::vector<uint8_t> frame = random_bytes(bytes[3], w);
+                std::memcpy(src.data(), frame.data(), bytes[3]);
+                n.fn(y.data(), cb.data(), cr.data(), src.data(), w, h, pitches[0], pitches[1]);
+                EXPECT_NE(y.data()[bytes[0] - 1], 0xEE) << n.name << " " << w;
+                EXPECT_NE(cb.data()[bytes[1] - 1], 0xEE) << n.name << " " << w;
+                EXPECT_TRUE(y.slack_intact() && cb.slack_intact() && cr.slack_intact());
+            }
+        }
+    }
+    uint64_t bytes[4] = {1, 1, 1, 1};
+    const unsigned int pitches[2] = {64, 128};
+    EXPECT_EQ(cycbcr_converter_pointer_sizes("cycbcr_no_such", 8, 2, pitches, 2, bytes), 0u);
+    EXPECT_EQ(bytes[0] + bytes[1] + bytes[2] + bytes[3], 0u);
+}
+
 TEST(BufferSizes, WorkedExamples) {
     uint64_t d = 0, s = 0;
     // UYVY to YUY2, 720x576 at 1440: whole frames.
