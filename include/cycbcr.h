@@ -958,34 +958,34 @@ CYCBCR_API unsigned int cycbcr_012v_to_yuv422p10(uint8_t* dstY, uint8_t* dstCb, 
                                                  const uint8_t* src, unsigned int width,
                                                  unsigned int height, unsigned int dstPitch,
                                                  unsigned int srcPitch);
-CYCBCR_API unsigned int cycbcr_012v_to_yuv422p10_avx2(uint8_t* dstY, uint8_t* dstCb,
-                                                      uint8_t* dstCr, const uint8_t* src,
-                                                      unsigned int width, unsigned int height,
-                                                      unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_012v_to_yuv422p10_avx2(uint8_t* dstY, uint8_t* dstCb, uint8_t* dstCr,
+                                                      const uint8_t* src, unsigned int width,
+                                                      unsigned int height, unsigned int dstPitch,
+                                                      unsigned int srcPitch);
 CYCBCR_API unsigned int cycbcr_012v_to_yuv422p16(uint8_t* dstY, uint8_t* dstCb, uint8_t* dstCr,
                                                  const uint8_t* src, unsigned int width,
                                                  unsigned int height, unsigned int dstPitch,
                                                  unsigned int srcPitch);
-CYCBCR_API unsigned int cycbcr_012v_to_yuv422p16_avx2(uint8_t* dstY, uint8_t* dstCb,
-                                                      uint8_t* dstCr, const uint8_t* src,
-                                                      unsigned int width, unsigned int height,
-                                                      unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_012v_to_yuv422p16_avx2(uint8_t* dstY, uint8_t* dstCb, uint8_t* dstCr,
+                                                      const uint8_t* src, unsigned int width,
+                                                      unsigned int height, unsigned int dstPitch,
+                                                      unsigned int srcPitch);
 CYCBCR_API unsigned int cycbcr_012v_to_yuv444p10(uint8_t* dstY, uint8_t* dstCb, uint8_t* dstCr,
                                                  const uint8_t* src, unsigned int width,
                                                  unsigned int height, unsigned int dstPitch,
                                                  unsigned int srcPitch);
-CYCBCR_API unsigned int cycbcr_012v_to_yuv444p10_avx2(uint8_t* dstY, uint8_t* dstCb,
-                                                      uint8_t* dstCr, const uint8_t* src,
-                                                      unsigned int width, unsigned int height,
-                                                      unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_012v_to_yuv444p10_avx2(uint8_t* dstY, uint8_t* dstCb, uint8_t* dstCr,
+                                                      const uint8_t* src, unsigned int width,
+                                                      unsigned int height, unsigned int dstPitch,
+                                                      unsigned int srcPitch);
 CYCBCR_API unsigned int cycbcr_012v_to_yuv420p10(uint8_t* dstY, uint8_t* dstCb, uint8_t* dstCr,
                                                  const uint8_t* src, unsigned int width,
                                                  unsigned int height, unsigned int yPitch,
                                                  unsigned int chromaPitch, unsigned int srcPitch);
-CYCBCR_API unsigned int cycbcr_012v_to_yuv420p10_avx2(uint8_t* dstY, uint8_t* dstCb,
-                                                      uint8_t* dstCr, const uint8_t* src,
-                                                      unsigned int width, unsigned int height,
-                                                      unsigned int yPitch, unsigned int chromaPitch,
+CYCBCR_API unsigned int cycbcr_012v_to_yuv420p10_avx2(uint8_t* dstY, uint8_t* dstCb, uint8_t* dstCr,
+                                                      const uint8_t* src, unsigned int width,
+                                                      unsigned int height, unsigned int yPitch,
+                                                      unsigned int chromaPitch,
                                                       unsigned int srcPitch);
 CYCBCR_API unsigned int cycbcr_yuv422p10_to_uyvy(uint8_t* dst, const uint8_t* srcY,
                                                  const uint8_t* srcCb, const uint8_t* srcCr,
@@ -995,12 +995,9 @@ CYCBCR_API unsigned int cycbcr_yuv422p10_to_uyvy_avx2(uint8_t* dst, const uint8_
                                                       const uint8_t* srcCb, const uint8_t* srcCr,
                                                       unsigned int width, unsigned int height,
                                                       unsigned int dstPitch, unsigned int srcPitch);
-CYCBCR_API unsigned int cycbcr_yuv422p10_to_uyvy_internal(uint8_t* dst, const uint8_t* srcY,
-                                                          const uint8_t* srcCb,
-                                                          const uint8_t* srcCr, unsigned int width,
-                                                          unsigned int height,
-                                                          unsigned int dstPitch,
-                                                          unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv422p10_to_uyvy_internal(
+    uint8_t* dst, const uint8_t* srcY, const uint8_t* srcCb, const uint8_t* srcCr,
+    unsigned int width, unsigned int height, unsigned int dstPitch, unsigned int srcPitch);
 CYCBCR_API unsigned int cycbcr_yuv422p10_to_uyvy_worker(void* job);
 CYCBCR_API unsigned int cycbcr_yuv420p10_to_uyvy(uint8_t* dst, const uint8_t* srcY,
                                                  const uint8_t* srcCb, const uint8_t* srcCr,
@@ -1022,10 +1019,10 @@ CYCBCR_API unsigned int cycbcr_uyvy_to_yuv444p10(uint8_t* dstY, uint8_t* dstCb, 
                                                  const uint8_t* src, unsigned int width,
                                                  unsigned int height, unsigned int dstPitch,
                                                  unsigned int srcPitch);
-CYCBCR_API unsigned int cycbcr_uyvy_to_yuv444p10_avx2(uint8_t* dstY, uint8_t* dstCb,
-                                                      uint8_t* dstCr, const uint8_t* src,
-                                                      unsigned int width, unsigned int height,
-                                                      unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_uyvy_to_yuv444p10_avx2(uint8_t* dstY, uint8_t* dstCb, uint8_t* dstCr,
+                                                      const uint8_t* src, unsigned int width,
+                                                      unsigned int height, unsigned int dstPitch,
+                                                      unsigned int srcPitch);
 
 /* ------------------------------------------------------------------------ */
 /* 8-bit YCbCr to RGB                                                        */
@@ -1591,24 +1588,30 @@ CYCBCR_CONVERTER(cycbcr_NV12_to_uyvy_avx2);
  * width's last pixel no chroma pair, so nothing is written past
  * D * (height + height / 2), the count returned. Buffer sizes per pointer:
  * cycbcr_converter_pointer_sizes(). */
-CYCBCR_API unsigned int cycbcr_yuv420p10_to_NV12p16(uint8_t* dst, const uint8_t* srcY, const uint8_t* srcCb,
-    const uint8_t* srcCr, unsigned int width, unsigned int height, unsigned int dstPitch,
-    unsigned int srcPitch);
-CYCBCR_API unsigned int cycbcr_yuv420p12_to_NV12p16(uint8_t* dst, const uint8_t* srcY, const uint8_t* srcCb,
-    const uint8_t* srcCr, unsigned int width, unsigned int height, unsigned int dstPitch,
-    unsigned int srcPitch);
-CYCBCR_API unsigned int cycbcr_yuv420p16_to_NV12p16(uint8_t* dst, const uint8_t* srcY, const uint8_t* srcCb,
-    const uint8_t* srcCr, unsigned int width, unsigned int height, unsigned int dstPitch,
-    unsigned int srcPitch);
-CYCBCR_API unsigned int cycbcr_420p10_to_NV12p16_avx2(uint8_t* dst, const uint8_t* srcY, const uint8_t* srcCb,
-    const uint8_t* srcCr, unsigned int width, unsigned int height, unsigned int dstPitch,
-    unsigned int srcPitch);
-CYCBCR_API unsigned int cycbcr_420p12_to_NV12p16_avx2(uint8_t* dst, const uint8_t* srcY, const uint8_t* srcCb,
-    const uint8_t* srcCr, unsigned int width, unsigned int height, unsigned int dstPitch,
-    unsigned int srcPitch);
-CYCBCR_API unsigned int cycbcr_420p16_to_NV12p16_avx2(uint8_t* dst, const uint8_t* srcY, const uint8_t* srcCb,
-    const uint8_t* srcCr, unsigned int width, unsigned int height, unsigned int dstPitch,
-    unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv420p10_to_NV12p16(uint8_t* dst, const uint8_t* srcY,
+                                                    const uint8_t* srcCb, const uint8_t* srcCr,
+                                                    unsigned int width, unsigned int height,
+                                                    unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv420p12_to_NV12p16(uint8_t* dst, const uint8_t* srcY,
+                                                    const uint8_t* srcCb, const uint8_t* srcCr,
+                                                    unsigned int width, unsigned int height,
+                                                    unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_yuv420p16_to_NV12p16(uint8_t* dst, const uint8_t* srcY,
+                                                    const uint8_t* srcCb, const uint8_t* srcCr,
+                                                    unsigned int width, unsigned int height,
+                                                    unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_420p10_to_NV12p16_avx2(uint8_t* dst, const uint8_t* srcY,
+                                                      const uint8_t* srcCb, const uint8_t* srcCr,
+                                                      unsigned int width, unsigned int height,
+                                                      unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_420p12_to_NV12p16_avx2(uint8_t* dst, const uint8_t* srcY,
+                                                      const uint8_t* srcCb, const uint8_t* srcCr,
+                                                      unsigned int width, unsigned int height,
+                                                      unsigned int dstPitch, unsigned int srcPitch);
+CYCBCR_API unsigned int cycbcr_420p16_to_NV12p16_avx2(uint8_t* dst, const uint8_t* srcY,
+                                                      const uint8_t* srcCb, const uint8_t* srcCr,
+                                                      unsigned int width, unsigned int height,
+                                                      unsigned int dstPitch, unsigned int srcPitch);
 
 #ifdef __cplusplus
 } /* extern "C" */
