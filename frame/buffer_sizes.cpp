@@ -179,8 +179,8 @@ extern "C" CYCBCR_API unsigned int cycbcr_converter_pointer_sizes(
     unsigned int pitchCount, uint64_t* bytes) {
     using namespace cycbcr;
     PlaneCall c{width, height, {0, 0, 0}};
-    for (unsigned int i = 0; pitches != nullptr && i < pitchCount && i < 3; ++i)
-        c.pitch[i] = pitches[i];
+    for (unsigned int i = 0; pitches != nullptr && i < pitchCount && i < 8; ++i)
+        (i < 3 ? c.pitch[i] : c.more[i - 3]) = pitches[i];
     PointerExtents e{};
     bool known = false;
     if (name != nullptr)

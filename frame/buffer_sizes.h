@@ -39,12 +39,15 @@ inline uint64_t inverted_end(uint64_t start, uint64_t rows, uint64_t pitch) {
     return rows < 2 ? 0 : start + rows * pitch;
 }
 
-// Converters with separate plane pointers: the call's numbers, pitches in
-// argument order, and the bytes reached from each pointer argument in argument
-// order (0 for a pointer not touched).
+// Converters with separate plane pointers: the call's numbers (its unsigned
+// arguments after the height, in argument order: the pitches first, then
+// matrix, RGB type, flags, depth, ... where it has them), and the bytes reached
+// from each pointer argument in argument order (0 for a pointer not touched).
 struct PlaneCall {
     uint32_t width, height;
-    uint32_t pitch[3];
+    uint32_t pitch[3];   // arguments 0-2
+    uint32_t more[5]{};  // arguments 3-7
+    uint32_t arg(unsigned i) const { return i < 3 ? pitch[i] : i < 8 ? more[i - 3] : 0; }
 };
 using PointerExtents = std::array<uint64_t, 4>;
 // A family's answers by converter name: true, with the extents, for a name it

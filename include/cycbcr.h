@@ -219,8 +219,10 @@ CYCBCR_API unsigned int cycbcr_converter_buffer_sizes(const char* name, unsigned
  * exported name: bytes[i] is how far the converter reaches from its i-th pointer
  * argument (in argument order, read or written; 0 for a pointer it does not
  * touch, and for bytes[i] past its pointer count), for exactly this call.
- * pitches holds the converter's pitch arguments in argument order (pitchCount of
- * them, at most 3). Returns 1, or 0 (every size 0) for a name it does not know. */
+ * pitches holds the converter's unsigned arguments after its height, in argument
+ * order (pitchCount of them, at most 8): its pitches, then for the converters
+ * that have them the matrix, RGB type, flags and depth. Returns 1, or 0 (every
+ * size 0) for a name it does not know. */
 CYCBCR_API unsigned int cycbcr_converter_pointer_sizes(const char* name, unsigned int width,
                                                        unsigned int height,
                                                        const unsigned int* pitches,
