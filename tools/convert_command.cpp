@@ -18,6 +18,7 @@
 #include "conversions.h"
 #include "deep_conversions.h"
 #include "deep_formats.h"
+#include "deep_rgb.h"
 #include "formats.h"
 #include "frame_io.h"
 #include "from_rgb_conversions.h"
@@ -91,17 +92,39 @@ struct Conversion {
     std::function<void(std::span<uint8_t>)> bars;
 };
 
-// A request naming a format by name (deep_formats.h) on either side, other
-// than NV12 to RGB (which the library converts directly).
+// A request naming a format by name (deep_formats.h) on either side (other
+// than NV12 to the packed RGB depths, which the library converts directly),
+// or an RGB destination only the high-bit-depth colour converters write.
 Conversion make_deep_conversion(const Options& options, const std::string& from_text,
                                 const std::string& to_text, uint32_t width, uint32_t height) {
     Conversion c;
+    const std::string via = options.value("--converter").value_or("");
     Endpoint from;
     from.deep = parse_deep(from_text);
     if (!from.deep) {
-        if (resolve_rgb(from_text)) {
-            throw ToolError("convert: RGB sources convert to the coded formats only, not to " +
-                            to_text + " (see cycbcr formats)");
+        if (const std::optional<RgbDepth> depth = resolve_rgb(from_text)) {
+            // RGB to a named planar format.
+            const std::optional<DeepFormat> to = parse_deep(to_text);
+            const FromRgbMember* member = to ? find_from_rgb_member(*depth, *to, via) : nullptr;
+            if (member == nullptr) {
+                throw ToolError(std::string("convert: ") +
+                                (via.empty() ? "the library has no converter"
+                                             : "converter " + via + " does not convert") +
+                                " from " + rgb_depth_name(*depth) + " to " + to_text +
+                                " (see cycbcr formats)");
+            }
+            const QBYCBCRMatrix matrix = matrix_option(options, true);
+            const QBYCBCRRgbType type = rgb_source_type_option(options, *depth, "convert");
+            c.converter = std::make_unique<RgbToDeepConverter>(*member, *depth, *to, width, height,
+                                                               matrix, type);
+            c.src_layout = rgb_layout(*depth, width, height);
+            c.dst_frame_bytes = deep_layout(*to, width, height).frame_bytes;
+            c.dst_text = deep_name(*to);
+            const RgbDepth d = *depth;
+            c.bars = [d, type, width, height](std::span<uint8_t> frame) {
+                write_rgb_colour_bars(d, type, width, height, frame);
+            };
+            return c;
         }
         from.code = &resolve_code(from_text, false);
     }
@@ -112,16 +135,31 @@ Conversion make_deep_conversion(const Options& options, const std::string& from_
             write_deep_colour_bars(f, width, height, frame);
         };
     }
-    if (const std::optional<RgbDepth> depth = resolve_rgb(to_text)) {
+    const RgbTarget target{resolve_rgb(to_text), parse_rgb_extra(to_text)};
+    if (target.depth || target.extra) {
         const QBYCBCRMatrix matrix = matrix_option(options);
         const QBYCBCRRgbType type = rgb_type_option(options);
-        c.converter =
-            std::make_unique<DeepRgbConverter>(*from.deep, *depth, width, height, matrix, type);
-        c.dst_frame_bytes = rgb_layout(*depth, width, height).frame_bytes;
-        c.dst_text = rgb_depth_name(*depth);
+        c.dst_frame_bytes = target.layout(width, height).frame_bytes;
+        c.dst_text = target.text();
+        if (const ToRgbMember* member = find_to_rgb_member(from, target, via)) {
+            c.converter = std::make_unique<DeepToRgbConverter>(*member, from, target, width, height,
+                                                               matrix, type);
+            return c;
+        }
+        if (!via.empty()) {
+            throw ToolError("convert: converter " + via + " does not convert " + from.text() +
+                            " to " + target.text() + " (see cycbcr formats)");
+        }
+        if (!from.deep || !target.depth || !rgb_writable(*target.depth)) {
+            throw ToolError("convert: the library has no converter from " + from.text() + " to " +
+                            target.text() + " (see cycbcr formats)");
+        }
+        // The other named formats to the 8-bit depths: by way of v210 or UYVY.
+        c.converter = std::make_unique<DeepRgbConverter>(*from.deep, *target.depth, width, height,
+                                                         matrix, type);
         return c;
     }
-    for (const char* rgb_only : {"--matrix", "--rgb-type", "--bottom-up"}) {
+    for (const char* rgb_only : {"--matrix", "--rgb-type", "--bottom-up", "--converter"}) {
         if (options.has(rgb_only)) {
             throw ToolError(std::string("convert: ") + rgb_only +
                             " applies to RGB sources and destinations only");
@@ -137,8 +175,9 @@ Conversion make_deep_conversion(const Options& options, const std::string& from_
 }
 
 // Whether a request goes by make_deep_conversion().
-bool names_deep(const std::string& from_text, const std::string& to_text) {
+bool names_deep(const Options& options, const std::string& from_text, const std::string& to_text) {
     const std::optional<DeepFormat> from = parse_deep(from_text);
+    if (options.has("--converter") || parse_rgb_extra(to_text)) return true;
     if (from == DeepFormat::Nv12 && resolve_rgb(to_text)) return false;
     return from || parse_deep(to_text);
 }
@@ -198,16 +237,16 @@ Conversion make_conversion(const Options& options, const FormatCode& from, uint3
 }  // namespace
 
 int run_convert(Args args) {
-    const Options options(
-        "convert", args,
-        {"--from", "--to", "--size", "--in", "--out", "--level", "--matrix", "--rgb-type"},
-        {"--bottom-up"});
+    const Options options("convert", args,
+                          {"--from", "--to", "--size", "--in", "--out", "--level", "--matrix",
+                           "--rgb-type", "--converter"},
+                          {"--bottom-up"});
     options.require("--from");
     options.require("--to");
     if (options.has("--in")) options.require("--size", "with --in");
     const std::string from_text = *options.value("--from");
     const std::string to_text = *options.value("--to");
-    const bool deep = names_deep(from_text, to_text);
+    const bool deep = names_deep(options, from_text, to_text);
     // An RGB source: a depth, or the code 0 (rgb32).
     const std::optional<RgbDepth> rgb = resolve_rgb(deep ? std::string() : from_text);
     if (rgb && !rgb_convertible_source(*rgb)) {
@@ -227,10 +266,10 @@ int run_convert(Args args) {
                                   : make_conversion(options, *from, width, height);
     Converter& converter = *conversion.converter;
     std::string from_name;
-    if (rgb) {
-        from_name = rgb_depth_name(*rgb);
-    } else if (const std::optional<DeepFormat> named = parse_deep(from_text)) {
+    if (const std::optional<DeepFormat> named = parse_deep(from_text)) {
         from_name = deep_name(*named);
+    } else if (const std::optional<RgbDepth> depth = resolve_rgb(from_text)) {
+        from_name = rgb_depth_name(*depth);
     } else {
         from_name = code_text(resolve_code(from_text, false).value);
     }

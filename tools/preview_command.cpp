@@ -14,6 +14,7 @@
 #include "commands.h"
 #include "deep_conversions.h"
 #include "deep_formats.h"
+#include "deep_rgb.h"
 #include "formats.h"
 #include "frame_io.h"
 #include "png_writer.h"
@@ -71,12 +72,19 @@ int run_preview(Args args) {
     const std::optional<DeepFormat> named = parse_deep(from_text);
     const bool deep = named && *named != DeepFormat::Nv12;
     const DeepFormat deep_format = deep ? *named : DeepFormat::Nv12;
+    // RGB planes and packed 10-bit words, as the high-bit-depth converters
+    // write them, are read from files only.
+    const std::optional<RgbExtra> extra = parse_rgb_extra(from_text);
+    if (extra && !in) {
+        throw ToolError(std::string("preview: ") + rgb_extra_name(*extra) +
+                        " frames are read from --in only");
+    }
     const std::optional<RgbDepth> rgb = resolve_rgb(deep ? std::string() : from_text);
-    const FormatCode* from = rgb || deep ? nullptr : &resolve_source(from_text);
+    const FormatCode* from = rgb || deep || extra ? nullptr : &resolve_source(from_text);
     if (rgb && options.has("--matrix")) {
         throw ToolError("preview: --matrix applies to YCbCr sources only");
     }
-    if (!rgb && (options.has("--rgb-type") || options.has("--bottom-up"))) {
+    if (!rgb && !extra && (options.has("--rgb-type") || options.has("--bottom-up"))) {
         throw ToolError("preview: --rgb-type and --bottom-up describe RGB sources only");
     }
 
@@ -103,7 +111,12 @@ int run_preview(Args args) {
     std::span<uint8_t> frame;
     FrameLayout layout;
     std::string frame_text = std::to_string(width) + "x" + std::to_string(height) + " ";
-    if (rgb) {
+    if (extra) {
+        layout = rgb_extra_layout(*extra, width, height);
+        rgb_frame.resize(layout.frame_bytes);
+        frame = rgb_frame;
+        frame_text += rgb_extra_name(*extra);
+    } else if (rgb) {
         layout = rgb_layout(*rgb, width, height);
         rgb_frame.resize(layout.frame_bytes);
         frame = rgb_frame;
@@ -121,8 +134,9 @@ int run_preview(Args args) {
         frame = converter->source();
         frame_text += format_name(from->format);
     }
-    const QBYCBCRRgbType type =
-        rgb ? rgb_source_type_option(options, *rgb, "preview") : QBYCBCRRgbType{QBYCBCR_RGB_RGBA};
+    const QBYCBCRRgbType type = rgb     ? rgb_source_type_option(options, *rgb, "preview")
+                                : extra ? rgb_type_option(options)
+                                        : QBYCBCRRgbType{QBYCBCR_RGB_RGBA};
 
     if (in) {
         FrameReader reader(*in, layout.frame_bytes, frame_text);
@@ -144,6 +158,8 @@ int run_preview(Args args) {
     if (converter) {
         const std::span<const uint8_t> converted = converter->convert();
         picture.assign(converted.begin(), converted.end());
+    } else if (extra) {
+        picture = rgb_extra_to_rgb24(*extra, type, frame, width, height);
     } else {
         for (uint32_t row = 0; row < height; ++row) {
             const uint32_t stored = is_bottom_up(type) ? height - 1 - row : row;
