@@ -10,6 +10,7 @@
 #include "conversions.h"
 #include "deep_conversions.h"
 #include "deep_formats.h"
+#include "deep_rgb.h"
 #include "formats.h"
 #include "from_rgb_conversions.h"
 #include "tool_error.h"
@@ -73,6 +74,8 @@ int run_formats(Args args) {
     std::puts(
         "  The library reads no NV12p16: the command brings it to NV10 (each word\n"
         "  shifted right by 6) and goes on from there.");
+    std::puts("\nColour converters of the named formats, called directly ('cycbcr --help'):");
+    for (const std::string& name : deep_rgb_member_names()) std::printf("  %s\n", name.c_str());
 
     std::puts(
         "\n  RGB destinations are named by depth: rgb555, rgb565, rgb24, rgb32 (code 0),\n"
