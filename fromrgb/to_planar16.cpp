@@ -56,13 +56,12 @@ CYCBCR_INLINE uint32_t chroma(int32_t q, int32_t centre, int32_t limit) {
     return static_cast<uint32_t>(c < 0 ? 0 : c > limit ? limit : c);
 }
 // The quotient toward zero, one step away from zero when the remainder passes
-// `up` (sums >= 0) or falls below -`down` (negative sums).
+// `up` (sums >= 0) or falls below -`down` (negative sums). The remainder takes
+// the sign of the sum, so neither test needs the sign (up, down >= 0), and
+// both stay free of branches.
 CYCBCR_INLINE int32_t rounded(int64_t s, int64_t divisor, int64_t up, int64_t down) {
-    int64_t q = s / divisor;
-    const int64_t m = s % divisor;
-    if (s >= 0 && m > up) ++q;
-    if (s < 0 && m < -down) --q;
-    return static_cast<int32_t>(q);
+    const int64_t q = s / divisor, m = s - q * divisor;
+    return static_cast<int32_t>(q + static_cast<int64_t>(m > up) - static_cast<int64_t>(m < -down));
 }
 
 struct Sample {
@@ -143,9 +142,9 @@ CYCBCR_INLINE uint32_t block_pixels(uint32_t width) {
 // chroma (C(-1) + 2 C(0) + 2 C(1)) / 5 with C(-1) the last pixel of the
 // previous block, or `neutral` at the row start. Samples stored << `shift`.
 template <class Px>
-CYCBCR_INLINE void row_blocks(const uint8_t* src, uint32_t width, uint32_t pixelBytes,
-                              const Px& px, uint32_t neutral, unsigned shift, uint8_t* y,
-                              uint8_t* cb, uint8_t* cr) {
+CYCBCR_INLINE void row_blocks(const uint8_t* src, uint32_t width, uint32_t pixelBytes, const Px& px,
+                              uint32_t neutral, unsigned shift, uint8_t* y, uint8_t* cb,
+                              uint8_t* cr) {
     const uint32_t whole = width / 6 * 6;
     uint32_t leftCb = neutral, leftCr = neutral;
     for (uint32_t x = 0; x < whole; x += 2) {
@@ -225,8 +224,8 @@ CYCBCR_INLINE uint32_t float_luma(double l, int32_t offset) {
 CYCBCR_INLINE uint32_t float_chroma(double k) {
     if (k < -0.5) return 0;
     if (k > 0.5) return 1024;
-    const int32_t q = k > 0.0 ? static_cast<int32_t>(k * 1023.0 + 0.5)
-                              : static_cast<int32_t>(k * 1023.0 - 0.5);
+    const int32_t q =
+        k > 0.0 ? static_cast<int32_t>(k * 1023.0 + 0.5) : static_cast<int32_t>(k * 1023.0 - 0.5);
     return static_cast<uint32_t>(q + 512);
 }
 
@@ -279,7 +278,10 @@ CYCBCR_API unsigned int cycbcr_RGB64_to_yuv444p10(void* y, void* cb, void* cr, c
         uint8_t *dy = plane_row(y, r, yPitch), *dcb = plane_row(cb, r, chromaPitch),
                 *dcr = plane_row(cr, r, chromaPitch);
         const uint32_t done =
-            avx2 ? avx2({s, width, &px.k, px.l,
+            avx2 ? avx2({s,
+                         width,
+                         &px.k,
+                         px.l,
                          {reinterpret_cast<uint16_t*>(dy), reinterpret_cast<uint16_t*>(dcb),
                           reinterpret_cast<uint16_t*>(dcr)}})
                  : 0;
@@ -302,7 +304,10 @@ CYCBCR_API unsigned int cycbcr_RGB64_to_yuv422p12(void* y, void* cb, void* cr, c
         uint8_t *dy = plane_row(y, r, yPitch), *dcb = plane_row(cb, r, chromaPitch),
                 *dcr = plane_row(cr, r, chromaPitch);
         const uint32_t done =
-            avx2 ? avx2({s, width, &px.k, px.l,
+            avx2 ? avx2({s,
+                         width,
+                         &px.k,
+                         px.l,
                          {reinterpret_cast<uint16_t*>(dy), reinterpret_cast<uint16_t*>(dcb),
                           reinterpret_cast<uint16_t*>(dcr)}})
                  : 0;
@@ -417,7 +422,8 @@ bool to_planar16_pointer_extent(const char* name, const PlaneCall& c, PointerExt
         out[3] = source_end(w, h, c.arg(1), 2 * l.words, word_reach(c.arg(4), c.arg(3)), 1);
         return true;
     }
-    const bool p16 = n == "cycbcr_RGB64_to_YCbCrPlanar16", rgb10 = n == "cycbcr_RGB10_to_YCbCrPlanar16";
+    const bool p16 = n == "cycbcr_RGB64_to_YCbCrPlanar16",
+               rgb10 = n == "cycbcr_RGB10_to_YCbCrPlanar16";
     if (p16 || rgb10) {
         // Y pitch (chroma planes half of it), source pitch, matrix, RGB type,
         // bits per pixel or output depth.
