@@ -27,8 +27,9 @@ struct Weights {
 };
 
 inline __m256i dot(const __m256i (&w)[3], __m256i r, __m256i g, __m256i b) {
-    return _mm256_add_epi32(_mm256_add_epi32(_mm256_mullo_epi32(w[0], r), _mm256_mullo_epi32(w[1], g)),
-                            _mm256_mullo_epi32(w[2], b));
+    return _mm256_add_epi32(
+        _mm256_add_epi32(_mm256_mullo_epi32(w[0], r), _mm256_mullo_epi32(w[1], g)),
+        _mm256_mullo_epi32(w[2], b));
 }
 
 // One channel of pixels 0-3 (lo) and 4-7 (hi) as 10-bit values in 32-bit
@@ -51,7 +52,8 @@ inline Eight eight(const uint8_t* p, const Weights& k) {
     const __m256i r = channel(lo, hi, k.shift[0]), g = channel(lo, hi, k.shift[1]),
                   b = channel(lo, hi, k.shift[2]);
     const __m256i zero = _mm256_setzero_si256();
-    const __m256i y = _mm256_min_epi32(_mm256_add_epi32(div40000(dot(k.y, r, g, b)), k.offset), k.limit);
+    const __m256i y =
+        _mm256_min_epi32(_mm256_add_epi32(div40000(dot(k.y, r, g, b)), k.offset), k.limit);
     auto c = [&](const __m256i(&w)[3]) {
         const __m256i v = _mm256_add_epi32(div40000(dot(w, r, g, b)), k.centre);
         return _mm256_min_epi32(_mm256_max_epi32(v, zero), k.limit);

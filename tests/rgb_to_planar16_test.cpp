@@ -82,8 +82,9 @@ struct Rgb {
 // Channel positions by the order value (bit 15 removed): bytes of an 8-bit
 // pixel or words of a 16-bit pixel.
 std::array<uint32_t, 3> channels(uint32_t order, bool threeBytes) {
-    if (threeBytes) return order == 2 || order == 3 ? std::array<uint32_t, 3>{0, 1, 2}
-                                                    : std::array<uint32_t, 3>{2, 1, 0};
+    if (threeBytes)
+        return order == 2 || order == 3 ? std::array<uint32_t, 3>{0, 1, 2}
+                                        : std::array<uint32_t, 3>{2, 1, 0};
     switch (order) {
         case 1:
             return {3, 2, 1};
@@ -163,16 +164,15 @@ Ycc per_pixel(const Case& c, Rgb p) {
             return {std::min<int64_t>(round_div(sum3(k.y, p.r, p.g, p.b), 10000, 5000, 0) + k.off,
                                       65535),
                     lim(round_div(sum3(k.cb, p.r, p.g, p.b), 10000, 4500, 2500) + 32768, 0, 65535),
-                    lim(round_div(sum3(k.cr, p.r, p.g, p.b), 10000, 5000, 5000) + 32768, 0,
-                        65535)};
+                    lim(round_div(sum3(k.cr, p.r, p.g, p.b), 10000, 5000, 5000) + 32768, 0, 65535)};
         }
         case Conv::Rgb10: {
             const V210Weights k = v210_rgb10_weights(c.m);
             const int64_t d = 1000000;
-            return {std::min<int64_t>(round_div(sum3(k.y, p.r, p.g, p.b), d, 500000, 0) + k.off,
-                                      1023),
-                    lim(round_div(sum3(k.cb, p.r, p.g, p.b), d, 450000, 250000) + 512, 0, 1023),
-                    lim(round_div(sum3(k.cr, p.r, p.g, p.b), d, 500000, 500000) + 512, 0, 1023)};
+            return {
+                std::min<int64_t>(round_div(sum3(k.y, p.r, p.g, p.b), d, 500000, 0) + k.off, 1023),
+                lim(round_div(sum3(k.cb, p.r, p.g, p.b), d, 450000, 250000) + 512, 0, 1023),
+                lim(round_div(sum3(k.cr, p.r, p.g, p.b), d, 500000, 500000) + 512, 0, 1023)};
         }
         case Conv::Float: {
             const Forward f = forward_row(c.m >= 1 && c.m <= 9 ? c.m : 0);
@@ -359,8 +359,8 @@ Case shaped(Conv conv, uint32_t w, uint32_t h, QBYCBCRMatrix m, QBYCBCRRgbType t
     Case c{conv, w, h, 0, 0, 0, m, t, bpp};
     // Source: 3 or 4 bytes, 3 or 4 words, or one RGB10 word a pixel, plus a
     // word of room for 3-word pixels that read into the next pixel.
-    const uint32_t px = conv == Conv::P10From8 ? (bpp == 32 ? 4 : 3)
-                        : conv == Conv::Rgb10  ? 4
+    const uint32_t px = conv == Conv::P10From8   ? (bpp == 32 ? 4 : 3)
+                        : conv == Conv::Rgb10    ? 4
                         : bpp == 32 || bpp == 64 ? 8
                                                  : 6;
     c.srcPitch = w * px + 2 + pad;
@@ -445,11 +445,11 @@ TEST(P12Weights, FollowTheForwardTable) {
 
 TEST(P16Worked, ResultOfTheFourFourFourConverter) {
     // 10 x (1024 + 2 x 2048), also with nothing to convert.
-    EXPECT_EQ(cycbcr_RGB32_to_yuv444p10(nullptr, nullptr, nullptr, nullptr, 0, 10, 2048, 1024,
-                                        4096, 0, 0, 32),
+    EXPECT_EQ(cycbcr_RGB32_to_yuv444p10(nullptr, nullptr, nullptr, nullptr, 0, 10, 2048, 1024, 4096,
+                                        0, 0, 32),
               51200u);
-    EXPECT_EQ(cycbcr_RGB64_to_yuv422p12(nullptr, nullptr, nullptr, nullptr, 0, 10, 2048, 1024,
-                                        4096, 0, 0, 64),
+    EXPECT_EQ(cycbcr_RGB64_to_yuv422p12(nullptr, nullptr, nullptr, nullptr, 0, 10, 2048, 1024, 4096,
+                                        0, 0, 64),
               51200u);
     EXPECT_EQ(cycbcr_RGB64_to_YCbCrPlanar16(nullptr, nullptr, nullptr, nullptr, 0, 10, 2048, 4096,
                                             0, 0, 64),
@@ -505,8 +505,7 @@ TEST(P16Worked, SixteenBitBlocksAndTheFivesRule) {
     for (unsigned level : {0u, 5u})
         for (uint32_t w : {2u, 6u, 7u, 8u, 9u, 10u, 11u}) {
             cycbcr_set_cpu(level);
-            const std::vector<uint16_t> src =
-                rgb64({row.begin(), row.begin() + (w == 2 ? 2 : w)});
+            const std::vector<uint16_t> src = rgb64({row.begin(), row.begin() + (w == 2 ? 2 : w)});
             std::vector<uint16_t> y(12, E), cb(6, E), cr(6, E);
             EXPECT_EQ(cycbcr_RGB64_to_YCbCrPlanar16(y.data(), cb.data(), cr.data(), src.data(), w,
                                                     1, 24, 8 * w, 2, 2, 64),
@@ -642,7 +641,8 @@ TEST(P16Sizes, AnswersByArguments) {
     EXPECT_EQ(b[3], 60 + 8 * 6 + 8u);
     // Blocks: width 11 converts 8 pixels, chroma at half the Y pitch.
     const unsigned a16[] = {30, 80, 0, 0x8000, 64};
-    ASSERT_EQ(cycbcr_converter_pointer_sizes("cycbcr_RGB64_to_YCbCrPlanar16", 11, 2, a16, 5, b), 1u);
+    ASSERT_EQ(cycbcr_converter_pointer_sizes("cycbcr_RGB64_to_YCbCrPlanar16", 11, 2, a16, 5, b),
+              1u);
     EXPECT_EQ(b[0], 30 + 16u);
     EXPECT_EQ(b[1], 15 + 8u);
     EXPECT_EQ(b[3], 80 + 7 * 8 + 6u);  // B G R A: the alpha word unread
