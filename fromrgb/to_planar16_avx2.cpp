@@ -94,6 +94,9 @@ uint32_t p12_422_row(const WordRowArgs& a) {
     const uint32_t n = a.width / 16 * 16;
     for (uint32_t x = 0; x < n; x += 16) {
         const uint8_t* p = a.src + size_t{x} * 8;
+        // The source 4 KiB ahead (a hint: past the row's end it faults nothing).
+        _mm_prefetch(reinterpret_cast<const char*>(p) + 4096, _MM_HINT_T0);
+        _mm_prefetch(reinterpret_cast<const char*>(p) + 4096 + 64, _MM_HINT_T0);
         const Eight e0 = eight(p, k), e1 = eight(p + 64, k);
         store(a.out.y + x, narrow(e0.y));
         store(a.out.y + x + 8, narrow(e1.y));
@@ -113,6 +116,7 @@ uint32_t p10_444_row(const WordRowArgs& a) {
     const Weights k = weights(a, 512, 1023);
     const uint32_t n = a.width / 8 * 8;
     for (uint32_t x = 0; x < n; x += 8) {
+        _mm_prefetch(reinterpret_cast<const char*>(a.src + size_t{x} * 8) + 4096, _MM_HINT_T0);
         const Eight e = eight(a.src + size_t{x} * 8, k);
         store(a.out.y + x, narrow(e.y));
         store(a.out.cb + x, narrow(e.cb));
