@@ -48,4 +48,6 @@ set(CYCBCR_SOURCES
     fromrgb/from_rgb_avx2.cpp
     fromrgb/to_v210.cpp
     fromrgb/to_v210_avx2.cpp
+    fromrgb/to_planar16.cpp
+    fromrgb/to_planar16_avx2.cpp
 )

@@ -5,6 +5,7 @@
 #include "frame/converters.h"
 #include "frame/export.h"
 #include "fromrgb/from_rgb.h"
+#include "fromrgb/to_planar16.h"
 #include "fromrgb/to_v210.h"
 #include "torgb/to_rgb.h"
 #include "torgb/v210_to_rgb.h"
@@ -65,6 +66,7 @@ constexpr PointerExtentOf kPointerFamilies[] = {
     semi_planar_pointer_extent,
     planar16_v210_pointer_extent,
     planar16_pointer_extent,
+    fromrgb::to_planar16_pointer_extent,
 };
 
 }  // namespace

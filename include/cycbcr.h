@@ -1544,6 +1544,130 @@ CYCBCR_API uint64_t cycbcr_RGB32_to_012v_Alpha(uint8_t* dst, const uint8_t* src,
                                                QBYCBCRRgbType rgbType);
 
 /* ------------------------------------------------------------------------ */
+/* RGB to high-bit-depth planar YCbCr                                        */
+/* ------------------------------------------------------------------------ */
+
+/* RGB frames into three planes of little-endian 16-bit samples (Y, Cb, Cr;
+ * plane pointers typed void* so that byte and 16-bit buffers both pass; all
+ * pitches in bytes). The sources are those of the RGB to 8-bit YCbCr and RGB to
+ * v210 converters above:
+ *   8-bit RGB (cycbcr_RGB32_to_yuv444p10): bitsPerPixel 32 reads 4-byte pixels
+ *   (R, G, B at bytes 2, 1, 0 for layout 0 and unknown layouts, 3, 2, 1 for 1,
+ *   0, 1, 2 for 2, 1, 2, 3 for 3), every other value 3-byte pixels (0, 1, 2 for
+ *   layouts 2 and 3, else 2, 1, 0);
+ *   16-bit RGB (little-endian words): bitsPerPixel 32 or 64 reads 4-word pixels,
+ *   every other value 3-word pixels, R, G, B at words 2, 1, 0 for layout 0 and
+ *   unknown layouts, 3, 2, 1 for 1, 0, 1, 2 for 2, 1, 2, 3 for 3 in both sizes
+ *   (so a 3-word pixel of layout 1 or 3 takes one channel from the next
+ *   pixel's first word, and the row's last pixel reads one word past itself);
+ *   source row offsets rounded down to even;
+ *   10-bit RGB: one 32-bit word a pixel as cycbcr_RGB10_to_012v reads it, row
+ *   offsets rounded down to a multiple of 4.
+ * The bottom-up flag (0x8000) of rgbType reads source row height - 1 - r for
+ * destination row r; the planes are always written top-down.
+ *
+ * Weights (rows 1 to 9 of the forward table at each converter's scale; matrix
+ * 10 and every other value the BT.601 default row), luma offset where the
+ * forward table has 16 (and in the default row), else 0:
+ *   cycbcr_RGB32_to_yuv444p10: the 8-bit v210 weights (x 40,000), sums over
+ *     10,000; offset 64, centre 512, limit 1023;
+ *   cycbcr_RGB64_to_yuv444p10: the same weights, each word >> 6 first, sums
+ *     over 40,000; offset 64, centre 512, limit 1023;
+ *   cycbcr_RGB64_to_yuv422p12: weights x 160,000 (matrix 1: Y 47841, 93920,
+ *     18237; Cb -27612, -54213, 81826; Cr 81826, -68520, -13305; ... default:
+ *     41120, 80640, 15680; -23680, -46560, 70240; 70240, -58880, -11359),
+ *     each word >> 6 first (10 of the 16 bits kept), sums over 40,000; offset
+ *     256, centre 2048, limit 4095;
+ *   cycbcr_RGB64_to_YCbCrPlanar16: the 16-bit v210 weights (x 10,000) on whole
+ *     words, sums over 10,000 rounded (Y one up when the remainder exceeds
+ *     5,000; Cb one up past 4,500 for sums >= 0, one down below -2,500 for
+ *     negative sums; Cr +-5,000); offset 64 (added to 16-bit luma as it
+ *     stands), centre 32768, limit 65535;
+ *   cycbcr_RGB10_to_YCbCrPlanar16: the forward table in millionths, sums over
+ *     1,000,000 rounded (Y past 500,000; Cb past 450,000 or below -250,000; Cr
+ *     +-500,000); offset 64, centre 512, limit 1023.
+ * Integer quotients go toward zero; Y + offset is limited to at most the limit
+ * (the luma sums are never negative); Cb, Cr + centre are clamped to 0..limit.
+ *
+ * Planes and chroma:
+ *   yuv444p10 (both): every pixel its own Cb and Cr; Y rows yPitch apart,
+ *     chroma rows chromaPitch apart; width samples a row in each plane.
+ *   yuv422p12: sample k of a chroma row is (C(2k) + C(2k + 1)) >> 1 of the
+ *     two clamped per-pixel values; an odd width's last pixel keeps its own
+ *     value; (width + 1) / 2 chroma samples a row, chromaPitch apart.
+ *   YCbCrPlanar16 and RGB10: chroma rows yPitch / 2 apart. Whole blocks of six
+ *     pixels take the pair average above. A partial block of two or more
+ *     pixels (width % 6 >= 2) is converted as the v210 engines convert theirs:
+ *     its first pair alone, chroma (C(-1) + 2 C(0) + 2 C(1)) / 5 with C(-1)
+ *     the previous block's last pixel, or the neutral value at the row start
+ *     (32768 for 16-bit output; 512 for the RGB10 converter, whose chroma is
+ *     10-bit); its other pixels, and a lone pixel (width % 6 == 1), are neither
+ *     read nor written. The pair average is the only treatment of whole blocks
+ *     (no right neighbour is taken). Each row writes (width / 6) * 6 samples of
+ *     Y, plus 2 when width % 6 >= 2, and half as many of Cb and of Cr.
+ *   RGB10 with outputDepth 10 stores every sample << 6 (the 10-bit value,
+ *     averages and the / 5 rule taken first, in the top bits of its word); any
+ *     other outputDepth stores the plain 10-bit values.
+ *
+ * Results (unsigned, the family's own formulas): yuv444p10 and yuv422p12
+ * height * (chromaPitch + 2 * yPitch); YCbCrPlanar16 and RGB10 height *
+ * yPitch; the float variant height * dstPitch. Also for height 0 or width 0,
+ * when nothing is touched.
+ *
+ * cycbcr_RGB32_to_yuv444p10 chooses a processor level when none is chosen; the
+ * others only read it. Each is one plain engine; at level 5 on an AVX2
+ * processor the 4-word-pixel rows of cycbcr_RGB64_to_yuv444p10 and
+ * cycbcr_RGB64_to_yuv422p12 run AVX2 row kernels that give the same bytes;
+ * every other path is plain at every level.
+ *
+ * Buffer sizes per pointer (Y, Cb, Cr, source): cycbcr_converter_pointer_sizes
+ * with the unsigned arguments after the height in order (pitches, matrix,
+ * rgbType, bitsPerPixel or outputDepth). */
+CYCBCR_API unsigned int cycbcr_RGB32_to_yuv444p10(void* y, void* cb, void* cr, const void* src,
+                                                  unsigned int width, unsigned int height,
+                                                  unsigned int yPitch, unsigned int chromaPitch,
+                                                  unsigned int srcPitch, QBYCBCRMatrix matrix,
+                                                  QBYCBCRRgbType rgbType,
+                                                  unsigned int bitsPerPixel);
+CYCBCR_API unsigned int cycbcr_RGB64_to_yuv444p10(void* y, void* cb, void* cr, const void* src,
+                                                  unsigned int width, unsigned int height,
+                                                  unsigned int yPitch, unsigned int chromaPitch,
+                                                  unsigned int srcPitch, QBYCBCRMatrix matrix,
+                                                  QBYCBCRRgbType rgbType,
+                                                  unsigned int bitsPerPixel);
+CYCBCR_API unsigned int cycbcr_RGB64_to_yuv422p12(void* y, void* cb, void* cr, const void* src,
+                                                  unsigned int width, unsigned int height,
+                                                  unsigned int yPitch, unsigned int chromaPitch,
+                                                  unsigned int srcPitch, QBYCBCRMatrix matrix,
+                                                  QBYCBCRRgbType rgbType,
+                                                  unsigned int bitsPerPixel);
+CYCBCR_API unsigned int cycbcr_RGB64_to_YCbCrPlanar16(void* y, void* cb, void* cr, const void* src,
+                                                      unsigned int width, unsigned int height,
+                                                      unsigned int yPitch, unsigned int srcPitch,
+                                                      QBYCBCRMatrix matrix, QBYCBCRRgbType rgbType,
+                                                      unsigned int bitsPerPixel);
+CYCBCR_API unsigned int cycbcr_RGB10_to_YCbCrPlanar16(void* y, void* cb, void* cr, const void* src,
+                                                      unsigned int width, unsigned int height,
+                                                      unsigned int yPitch, unsigned int srcPitch,
+                                                      QBYCBCRMatrix matrix, QBYCBCRRgbType rgbType,
+                                                      unsigned int outputDepth);
+
+/* 16-bit RGB to 10-bit 4:4:4 in double precision from the forward table as
+ * single floats (rows 1 to 9, else 0.257, 0.504, 0.098, offset 64; -0.148,
+ * -0.291, 0.439; 0.439, -0.368, -0.071), each word / 65535.0. Luma: L = the
+ * weighted sum; 0 below 0, 1023 above 1.0, else (L * 1023 + 0.5) truncated;
+ * then the offset 0 or 64 (so up to 1087). Chroma: K = the weighted sum; 0
+ * below -0.5, 1024 above 0.5, else (K * 1023 + 0.5) truncated + 512 for K > 0
+ * and (K * 1023 - 0.5) truncated + 512 for K <= 0: the studio-range weights
+ * scaled by 1023 about 512, as callers of this variant have always had it (its
+ * luma alone is right). All three planes share dstPitch. Returns height *
+ * dstPitch. */
+CYCBCR_API unsigned int cycbcr_RGB64_to_yuv444p10_float_BAD_ONLY_LUMA_WORKS(
+    void* y, void* cb, void* cr, const void* src, unsigned int width, unsigned int height,
+    unsigned int dstPitch, unsigned int srcPitch, QBYCBCRMatrix matrix, QBYCBCRRgbType rgbType,
+    unsigned int bitsPerPixel);
+
+/* ------------------------------------------------------------------------ */
 /* Semi-planar 4:2:0: NV12, NV10 and NV12p16                                 */
 /* ------------------------------------------------------------------------ */
 

@@ -34,8 +34,10 @@ for obj in "${objects[@]}"; do
         avx2=$((avx2 + 1))
         [[ $(objdump -d "$obj") == *%ymm* ]] && avx2_with_ymm=$((avx2_with_ymm + 1))
         syms=$(nm "$obj") || fail "nm failed on $name"
-        # DW.ref.__gxx_personality_v0 is the unwinder's data pointer, never code.
-        weak=$(awk 'NF >= 2 && $(NF - 1) ~ /^[WVu]$/ && $NF !~ /^DW\.ref\./ { print $NF }' <<<"$syms")
+        # DW.ref.__gxx_personality_v0 is the unwinder's data pointer, and _ZTA*
+        # objects are the constant values of class-type template arguments:
+        # data, never code.
+        weak=$(awk 'NF >= 2 && $(NF - 1) ~ /^[WVu]$/ && $NF !~ /^(DW\.ref\.|_ZTA)/ { print $NF }' <<<"$syms")
         [[ -z $weak ]] || fail "$name defines weak/COMDAT symbols:" $(head -n 5 <<<"$weak")
         [[ $syms != *_GLOBAL__sub_I* ]] || fail "$name has a static initializer"
     else
