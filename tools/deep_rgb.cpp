@@ -25,11 +25,11 @@ using PlanesFn = unsigned int (*)(uint8_t* r, uint8_t* g, uint8_t* b, const uint
                                   unsigned int planar, unsigned int chromaPitch);
 // (Y, Cb, Cr, source, width, height, Y pitch, chroma pitch, source pitch,
 // matrix, type, bits) or, with `shared_pitch`, without the chroma pitch.
-using FromRgbFn = unsigned int (*)(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src,
-                                   unsigned int width, unsigned int height, unsigned int yPitch,
+using FromRgbFn = unsigned int (*)(void* y, void* cb, void* cr, const void* src, unsigned int width,
+                                   unsigned int height, unsigned int yPitch,
                                    unsigned int chromaPitch, unsigned int srcPitch,
                                    QBYCBCRMatrix matrix, QBYCBCRRgbType rgbType, unsigned int bits);
-using FromRgbSharedFn = unsigned int (*)(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src,
+using FromRgbSharedFn = unsigned int (*)(void* y, void* cb, void* cr, const void* src,
                                          unsigned int width, unsigned int height,
                                          unsigned int pitch, unsigned int srcPitch,
                                          QBYCBCRMatrix matrix, QBYCBCRRgbType rgbType,
@@ -586,6 +586,14 @@ RgbToDeepConverter::RgbToDeepConverter(const FromRgbMember& member, RgbDepth fro
     // 4:2:2 output pairs pixels: an odd width is converted one pixel wider
     // (the last repeated) and cut back.
     w.call_width = deep_chroma_x(to) == 2 ? width + width % 2 : width;
+    if (std::strstr(member.name, "YCbCrPlanar16") != nullptr && w.call_width % 6 == 4) {
+        // These convert six-pixel blocks and of a last partial block its first
+        // pair only.
+        throw ToolError(std::string("convert: ") + member.name +
+                        " writes whole frames at widths that are a multiple of 6, or 1 or 2 "
+                        "more (an odd width is converted one pixel wider), not " +
+                        std::to_string(width));
+    }
     const uint32_t pixel = rgb_pixel_bytes(from);
     w.src_pitch = round_up(round_up(std::max(w.call_width, 1u), 8) * pixel, 64);
     w.y_pitch = round_up(round_up(std::max(w.call_width, 1u), 16) * 2, 64);
