@@ -6,6 +6,7 @@
 #include "frame/export.h"
 #include "fromrgb/from_rgb.h"
 #include "fromrgb/to_v210.h"
+#include "torgb/hbd_to_rgb.h"
 #include "torgb/to_rgb.h"
 #include "torgb/v210_to_rgb.h"
 #include "ycbcr10/semi_planar.h"
@@ -61,10 +62,8 @@ constexpr FormatPairs<ExtentOf> kExtents = make_extents();
 
 // The families that answer for converters with separate plane pointers.
 constexpr PointerExtentOf kPointerFamilies[] = {
-    v210_planes_pointer_extent,
-    semi_planar_pointer_extent,
-    planar16_v210_pointer_extent,
-    planar16_pointer_extent,
+    v210_planes_pointer_extent, semi_planar_pointer_extent,        planar16_v210_pointer_extent,
+    planar16_pointer_extent,    colour::hbd_to_rgb_pointer_extent,
 };
 
 }  // namespace
