@@ -62,8 +62,13 @@ constexpr FormatPairs<ExtentOf> kExtents = make_extents();
 
 // The families that answer for converters with separate plane pointers.
 constexpr PointerExtentOf kPointerFamilies[] = {
-    v210_planes_pointer_extent, semi_planar_pointer_extent,        planar16_v210_pointer_extent,
-    planar16_pointer_extent,    colour::hbd_to_rgb_pointer_extent,
+    // clang-format off
+    v210_planes_pointer_extent,
+    semi_planar_pointer_extent,
+    planar16_v210_pointer_extent,
+    planar16_pointer_extent,
+    colour::hbd_to_rgb_pointer_extent,
+    // clang-format on
 };
 
 }  // namespace
