@@ -404,6 +404,31 @@ TEST_P(LevelTest, ExtremeSamples) {
     }
 }
 
+// Destinations of 8 MiB and more go out with streaming stores at level 5 when
+// their rows are 32-byte aligned: the same bytes as the model, bottom-up too.
+TEST_P(LevelTest, LargeFrames) {
+    struct Form {
+        size_t member;
+        uint32_t depth;
+        QBYCBCRRgbType type;
+    };
+    for (const Form f : {Form{0, 32, 0}, Form{1, 64, 0x8003}, Form{2, 32, 0}, Form{3, 64, 1}}) {
+        Case c;
+        c.member = &kMembers[f.member];
+        c.width = 1024;
+        c.height = f.depth == 64 ? 1024 : 2048;
+        c.dstPitch = c.width * f.depth / 8;
+        c.srcPitch = 2 * c.width;
+        c.chromaPitch = c.width;
+        c.planar = 1;
+        c.is422 = 0;
+        c.matrix = 2;
+        c.type = f.type;
+        c.depth = f.depth;
+        run_case(c, 99);
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Levels, LevelTest, ::testing::Values(0u, 5u),
                          [](const auto& info) { return "Level" + std::to_string(info.param); });
 
@@ -516,14 +541,18 @@ TEST_F(Worked, Results) {
 TEST(VectorDivision, ExactForEverySumBeforeTheClamp) {
     using namespace cycbcr::colour;
     for (const HbdRule& r : {kRule10A, kRule10C, kRule12C, kRule16A, kRule10B}) {
-        int32_t odd = r.div, k = 0;
-        while (odd % 2 == 0) odd /= 2, ++k;
-        const float c = hbd_reciprocal(odd);
+        const uint32_t k = hbd_vector_shift(r);
+        const float c = hbd_reciprocal(r.div >> k);
         const int32_t top = r.div * (r.max + 1) - 1;
         int64_t bad = 0;
         for (int32_t s = 0; s <= top; ++s)
             if (static_cast<int32_t>(static_cast<float>(s >> k) * c) != s / r.div) ++bad;
         EXPECT_EQ(0, bad) << "divisor " << r.div;
+        // Past the range the rows rely on monotonic steps only: the first sum
+        // past it already gives max + 1, the first below 0 at most 0.
+        auto q = [&](int32_t s) { return static_cast<int32_t>(static_cast<float>(s >> k) * c); };
+        EXPECT_EQ(r.max + 1, q(top + 1)) << "divisor " << r.div;
+        EXPECT_GE(0, q(-1)) << "divisor " << r.div;
     }
 }
 

@@ -9,6 +9,7 @@
 #include "frame/entry.h"
 #include "frame/export.h"
 #include "frame/row_walk.h"
+#include "platform/memory.h"
 
 namespace cycbcr::colour {
 
@@ -21,7 +22,9 @@ ToRgbRow<int32_t> hbd_row(const HbdRule& r, QBYCBCRMatrix matrix) {
 }
 
 float hbd_reciprocal(int32_t n) {
-    return std::nextafter(1.0f / static_cast<float>(n), 1.0f);
+    const double exact = 1.0 / n;
+    const float c = static_cast<float>(exact);
+    return static_cast<double>(c) < exact ? std::nextafter(c, 1.0f) : c;
 }
 
 namespace {
@@ -159,7 +162,10 @@ void run(const HbdArgs& e, HbdOut out, bool avx2) {
     const RgbLayout layout = rgb_layout(e.rgbType);
     const bool packed = e.planar == 0;
     const HbdPlainRow plain = plain_by_out<R>(out, layout.order, packed);
-    const HbdVectorRow vector = avx2 && !packed ? hbd_avx2_row(R, out, layout.order) : nullptr;
+    const bool stream =
+        avx2 && !packed && store_for(e.dst, e.dstPitch, e.height) == Store::Stream32;
+    const HbdVectorRow vector =
+        avx2 && !packed ? hbd_avx2_row(R, out, layout.order, stream) : nullptr;
     const ToRgbRow<int32_t> k = hbd_row(R, e.matrix);
     const Rows rows =
         layout.bottom_up ? rows_up(e.dst, e.dstPitch, e.height) : rows_down(e.dst, e.dstPitch);
@@ -173,6 +179,7 @@ void run(const HbdArgs& e, HbdOut out, bool avx2) {
         else
             plain(a, k);
     });
+    if (stream) finish_stores(Store::Stream32);
 }
 
 // 8-bit members: depths 15, 16, 24 and 32; none other writes.

@@ -60,11 +60,23 @@ using HbdVectorRow = void (*)(const HbdRowArgs& a, const ToRgbRow<int32_t>& k, H
 
 // The AVX2 row of a planar rule and output, or null where there is none (the
 // plain rows serve those); the kernels need a processor with AVX2.
-HbdVectorRow hbd_avx2_row(const HbdRule& r, HbdOut out, RgbOrder o);
+// `stream` rows write whole 32-byte blocks with streaming stores and need rows
+// 32-byte aligned (platform/memory.h store_for).
+HbdVectorRow hbd_avx2_row(const HbdRule& r, HbdOut out, RgbOrder o, bool stream);
 
-// The float multiplier of the AVX2 rows for a divisor's odd part: the float just
-// above 1 / n. A sum s in 0 .. div * (max + 1) - 1 divided by div = 2^k * n is
-// trunc(float(s >> k) * hbd_reciprocal(n)): checked for every such s.
+// The AVX2 rows divide in floats. A rule whose clamp range 0 .. div * (max + 1)
+// - 1 lies within 2^24 multiplies the sum as it stands by hbd_reciprocal(div);
+// a wider one first shifts the sum right by the power of two in div (a floor of
+// a floor is the floor of the whole quotient) and multiplies by the
+// reciprocal of the odd rest. hbd_reciprocal(n) is the smallest float not below
+// 1 / n. For every sum of the range the truncated product is the integer
+// quotient: the tests check each one.
+CYCBCR_INLINE constexpr uint32_t hbd_vector_shift(const HbdRule& r) {
+    if (static_cast<int64_t>(r.div) * (r.max + 1) <= (int64_t{1} << 24)) return 0;
+    uint32_t k = 0;
+    for (int32_t d = r.div; d % 2 == 0; d /= 2) ++k;
+    return k;
+}
 float hbd_reciprocal(int32_t n);
 
 // Converters with separate plane pointers of this family (frame/buffer_sizes.h).

@@ -3,14 +3,12 @@
 //
 // Every product and sum fits 16 x 16 -> 32-bit multiply-adds: masked samples
 // less their offset or midpoint stay within 16 bits, the gains are below 2^15,
-// and a channel sum stays within 2^27. The truncating division is exact in
-// floats: negative sums and sums past the clamp are first clamped to
-// 0 .. div * (max + 1) - 1, which changes no clamped result; with div = 2^k * n
-// the quotient of a non-negative sum is (s >> k) / n, and s >> k is at most
-// 2^19, so float(s >> k) times the float just above 1 / n lands within 2^-12 of
-// the true quotient from above, never reaching the next integer (n is 5 or 625,
-// so a quotient's fraction is at least 1 / n from it). Truncation then gives
-// the integer quotient; the tests check every sum of every divisor.
+// and a channel sum stays within 2^27. The truncating division is a float
+// multiply and a truncating conversion (hbd_vector_shift, hbd_reciprocal):
+// exact for every sum from 0 up to the clamp, as the tests check sum by sum.
+// Outside that range only the clamp matters, and every step is monotonic:
+// negative sums give quotients of at most 0, larger ones at least max + 1, and
+// the saturating packs clamp them as the plain rows do.
 #include <immintrin.h>
 
 #include <bit>
@@ -21,22 +19,11 @@
 namespace cycbcr::colour {
 namespace {
 
-// div = 2^shift * odd.
-consteval uint32_t two_power(int32_t div) {
-    uint32_t k = 0;
-    while (div % 2 == 0) {
-        div /= 2;
-        ++k;
-    }
-    return k;
-}
-
 template <HbdRule R>
 struct Consts {
     __m256i yOffset, mid, mask;
     __m256i yGainEven, yGainOdd;
     __m256i toR, toG, toB;  // per pair (Cr', Cb') 16-bit lanes to 32-bit sums
-    __m256i top;            // the largest sum kept
     __m256 reciprocal;
 };
 template <HbdRule R>
@@ -45,7 +32,6 @@ Consts<R> consts_of(const ToRgbRow<int32_t>& k) {
         return _mm256_set1_epi32(static_cast<int32_t>((static_cast<uint32_t>(hi) << 16) |
                                                       (static_cast<uint32_t>(lo) & 0xFFFFu)));
     };
-    constexpr int32_t odd = R.div >> two_power(R.div);
     return {_mm256_set1_epi16(static_cast<int16_t>(k.yOffset)),
             _mm256_set1_epi16(static_cast<int16_t>(R.mid)),
             _mm256_set1_epi16(static_cast<int16_t>(R.mask)),
@@ -54,8 +40,7 @@ Consts<R> consts_of(const ToRgbRow<int32_t>& k) {
             pair16(k.crToR, 0),
             pair16(-k.crToG, -k.cbToG),
             pair16(0, k.cbToB),
-            _mm256_set1_epi32(R.div * (R.max + 1) - 1),
-            _mm256_set1_ps(hbd_reciprocal(odd))};
+            _mm256_set1_ps(hbd_reciprocal(R.div >> hbd_vector_shift(R)))};
 }
 
 template <HbdRule R>
@@ -66,10 +51,14 @@ CYCBCR_INLINE __m256i samples(__m256i v, const Consts<R>& c) {
         return _mm256_and_si256(v, c.mask);
 }
 
+// The quotient of a sum, not yet clamped: exact for 0 <= sum < div * (max + 1);
+// a negative sum gives a quotient of at most 0 and a larger one at least max + 1
+// (every step is monotonic), so the saturating packs that follow clamp as the
+// plain rows do.
 template <HbdRule R>
 CYCBCR_INLINE __m256i quotient(__m256i sum, const Consts<R>& c) {
-    const __m256i s = _mm256_min_epi32(_mm256_max_epi32(sum, _mm256_setzero_si256()), c.top);
-    const __m256i t = _mm256_srli_epi32(s, two_power(R.div));
+    constexpr uint32_t k = hbd_vector_shift(R);
+    const __m256i t = k == 0 ? sum : _mm256_srai_epi32(sum, k);
     return _mm256_cvttps_epi32(_mm256_mul_ps(_mm256_cvtepi32_ps(t), c.reciprocal));
 }
 
@@ -111,8 +100,12 @@ CYCBCR_INLINE __m256i pixel_order_words(__m256i v) {
                                        8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15);
     return _mm256_shuffle_epi8(v, m);
 }
+template <bool Stream = false>
 CYCBCR_INLINE void put(uint8_t* d, __m256i v) {
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), v);
+    if constexpr (Stream)
+        _mm256_stream_si256(reinterpret_cast<__m256i*>(d), v);
+    else
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), v);
 }
 CYCBCR_INLINE void put(uint8_t* d, __m128i v) {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(d), v);
@@ -120,19 +113,20 @@ CYCBCR_INLINE void put(uint8_t* d, __m128i v) {
 
 // Sixteen 4-byte pixels, channels in address order c0..c3 (16-bit lanes in the
 // packs' order, values 0..255).
+template <bool Stream>
 CYCBCR_INLINE void store32(uint8_t* d, __m256i c0, __m256i c1, __m256i c2, __m256i c3) {
     const __m256i p01 = pixel_order_pairs(_mm256_packus_epi16(c0, c1));
     const __m256i p23 = pixel_order_pairs(_mm256_packus_epi16(c2, c3));
     const __m256i lo = _mm256_unpacklo_epi16(p01, p23), hi = _mm256_unpackhi_epi16(p01, p23);
-    put(d, _mm256_permute2x128_si256(lo, hi, 0x20));
-    put(d + 32, _mm256_permute2x128_si256(lo, hi, 0x31));
+    put<Stream>(d, _mm256_permute2x128_si256(lo, hi, 0x20));
+    put<Stream>(d + 32, _mm256_permute2x128_si256(lo, hi, 0x31));
 }
 
 // Sixteen pixels of four 16-bit words, channels w0..w3 in address order (16-bit
 // lanes in pixel order). With Three, each pixel's fourth word is dropped:
 // pixels of three words, stored 16 bytes at a time 12 bytes apart, so the last
 // store reaches 4 bytes past the block.
-template <bool Three>
+template <bool Three, bool Stream>
 CYCBCR_INLINE void store_words(uint8_t* d, __m256i w0, __m256i w1, __m256i w2, __m256i w3) {
     const __m256i a_lo = _mm256_unpacklo_epi16(w0, w1), a_hi = _mm256_unpackhi_epi16(w0, w1);
     const __m256i b_lo = _mm256_unpacklo_epi16(w2, w3), b_hi = _mm256_unpackhi_epi16(w2, w3);
@@ -149,10 +143,10 @@ CYCBCR_INLINE void store_words(uint8_t* d, __m256i w0, __m256i w1, __m256i w2, _
         for (int i = 0; i < 4; ++i) put(d + 12 * i, _mm256_castsi256_si128(v[i]));
         for (int i = 0; i < 4; ++i) put(d + 48 + 12 * i, _mm256_extracti128_si256(v[i], 1));
     } else {
-        put(d, _mm256_permute2x128_si256(q[0], q[1], 0x20));
-        put(d + 32, _mm256_permute2x128_si256(q[2], q[3], 0x20));
-        put(d + 64, _mm256_permute2x128_si256(q[0], q[1], 0x31));
-        put(d + 96, _mm256_permute2x128_si256(q[2], q[3], 0x31));
+        put<Stream>(d, _mm256_permute2x128_si256(q[0], q[1], 0x20));
+        put<Stream>(d + 32, _mm256_permute2x128_si256(q[2], q[3], 0x20));
+        put<Stream>(d + 64, _mm256_permute2x128_si256(q[0], q[1], 0x31));
+        put<Stream>(d + 96, _mm256_permute2x128_si256(q[2], q[3], 0x31));
     }
 }
 
@@ -170,34 +164,38 @@ CYCBCR_INLINE __m256i word10(__m256i r, __m256i g, __m256i b) {
     return _mm256_or_si256(w, _mm256_or_si256(wb, wg));
 }
 
-template <HbdRule R, HbdOut Out, RgbOrder O>
+template <HbdRule R, HbdOut Out, RgbOrder O, bool Stream>
 CYCBCR_INLINE void store(uint8_t* d, const Quotients& q) {
     if constexpr (Out == HbdOut::Rgb32) {
         const __m256i r = _mm256_packs_epi32(q.re, q.ro), g = _mm256_packs_epi32(q.ge, q.go);
         const __m256i b = _mm256_packs_epi32(q.be, q.bo), a = _mm256_set1_epi16(255);
         const __m256i first = blue_first(O) ? b : r, last = blue_first(O) ? r : b;
         if constexpr (alpha_first(O))
-            store32(d, a, first, g, last);
+            store32<Stream>(d, a, first, g, last);
         else
-            store32(d, first, g, last, a);
+            store32<Stream>(d, first, g, last, a);
     } else if constexpr (Out == HbdOut::Word10) {
-        const __m256i we = word10(q.re, q.ge, q.be), wo = word10(q.ro, q.go, q.bo);
+        // No pack to clamp here: clamp the quotients themselves.
+        const __m256i zero = _mm256_setzero_si256(), top = _mm256_set1_epi32(R.max);
+        auto cl = [&](__m256i v) { return _mm256_min_epi32(_mm256_max_epi32(v, zero), top); };
+        const __m256i we = word10(cl(q.re), cl(q.ge), cl(q.be));
+        const __m256i wo = word10(cl(q.ro), cl(q.go), cl(q.bo));
         const __m256i lo = _mm256_unpacklo_epi32(we, wo), hi = _mm256_unpackhi_epi32(we, wo);
-        put(d, _mm256_permute2x128_si256(lo, hi, 0x20));
-        put(d + 32, _mm256_permute2x128_si256(lo, hi, 0x31));
+        put<Stream>(d, _mm256_permute2x128_si256(lo, hi, 0x20));
+        put<Stream>(d + 32, _mm256_permute2x128_si256(lo, hi, 0x31));
     } else {
         const __m256i r = pixel_order_words(_mm256_packus_epi32(q.re, q.ro));
         const __m256i g = pixel_order_words(_mm256_packus_epi32(q.ge, q.go));
         const __m256i b = pixel_order_words(_mm256_packus_epi32(q.be, q.bo));
         const __m256i first = blue_first(O) ? b : r, last = blue_first(O) ? r : b;
         if constexpr (Out == HbdOut::Rgb48) {
-            store_words<true>(d, first, g, last, last);
+            store_words<true, false>(d, first, g, last, last);
         } else {
             const __m256i a = _mm256_set1_epi16(-1);
             if constexpr (alpha_first(O))
-                store_words<false>(d, a, first, g, last);
+                store_words<false, Stream>(d, a, first, g, last);
             else
-                store_words<false>(d, first, g, last, a);
+                store_words<false, Stream>(d, first, g, last, a);
         }
     }
 }
@@ -206,7 +204,7 @@ CYCBCR_INLINE constexpr size_t out_bytes(HbdOut o) {
     return o == HbdOut::Rgb32 || o == HbdOut::Word10 ? 4 : o == HbdOut::Rgb48 ? 6 : 8;
 }
 
-template <HbdRule R, HbdOut Out, RgbOrder O>
+template <HbdRule R, HbdOut Out, RgbOrder O, bool Stream>
 void row_avx2(const HbdRowArgs& a, const ToRgbRow<int32_t>& k, HbdPlainRow tail) {
     // Three-word pixels are stored 4 bytes past the block: keep one pair for the
     // plain tail so nothing past the row is written.
@@ -219,7 +217,7 @@ void row_avx2(const HbdRowArgs& a, const ToRgbRow<int32_t>& k, HbdPlainRow tail)
         prefetch(y, 4096);
         prefetch(cb, 2048);
         prefetch(cr, 2048);
-        store<R, Out, O>(d, compute<R>(y, cb, cr, c));
+        store<R, Out, O, Stream>(d, compute<R>(y, cb, cr, c));
         d += 16 * out_bytes(Out);
         y += 32;
         cb += 16;
@@ -229,21 +227,26 @@ void row_avx2(const HbdRowArgs& a, const ToRgbRow<int32_t>& k, HbdPlainRow tail)
 }
 
 template <HbdRule R, HbdOut Out>
-HbdVectorRow by_order(RgbOrder o) {
-    return with_order(o, [&]<RgbOrder O>() -> HbdVectorRow { return row_avx2<R, Out, O>; });
+HbdVectorRow by_order(RgbOrder o, bool stream) {
+    // Three-word pixels are not 32-byte blocks: cached stores only.
+    if (Out == HbdOut::Rgb48) stream = false;
+    return with_order(o, [&]<RgbOrder O>() -> HbdVectorRow {
+        return stream ? row_avx2<R, Out, O, true> : row_avx2<R, Out, O, false>;
+    });
 }
 template <HbdRule R>
-HbdVectorRow by_out(HbdOut out, RgbOrder o) {
+HbdVectorRow by_out(HbdOut out, RgbOrder o, bool stream) {
     if constexpr (R.max == 255) {
-        if (out == HbdOut::Rgb32) return by_order<R, HbdOut::Rgb32>(o);
+        if (out == HbdOut::Rgb32) return by_order<R, HbdOut::Rgb32>(o, stream);
     } else {
         switch (out) {
             case HbdOut::Rgb48:
-                return by_order<R, HbdOut::Rgb48>(o);
+                return by_order<R, HbdOut::Rgb48>(o, false);
             case HbdOut::Rgb64:
-                return by_order<R, HbdOut::Rgb64>(o);
+                return by_order<R, HbdOut::Rgb64>(o, stream);
             case HbdOut::Word10:
-                return row_avx2<R, HbdOut::Word10, RgbOrder::BGRA>;
+                // The word's fields are fixed: no channel order.
+                return by_order<R, HbdOut::Word10>(RgbOrder::BGRA, stream);
             default:
                 break;
         }
@@ -258,12 +261,12 @@ constexpr bool same(const HbdRule& a, const HbdRule& b) {
 
 }  // namespace
 
-HbdVectorRow hbd_avx2_row(const HbdRule& r, HbdOut out, RgbOrder o) {
-    if (same(r, kRule10A)) return by_out<kRule10A>(out, o);
-    if (same(r, kRule10C)) return by_out<kRule10C>(out, o);
-    if (same(r, kRule12C)) return by_out<kRule12C>(out, o);
-    if (same(r, kRule16A)) return by_out<kRule16A>(out, o);
-    if (same(r, kRule10B)) return by_out<kRule10B>(out, o);
+HbdVectorRow hbd_avx2_row(const HbdRule& r, HbdOut out, RgbOrder o, bool stream) {
+    if (same(r, kRule10A)) return by_out<kRule10A>(out, o, stream);
+    if (same(r, kRule10C)) return by_out<kRule10C>(out, o, stream);
+    if (same(r, kRule12C)) return by_out<kRule12C>(out, o, stream);
+    if (same(r, kRule16A)) return by_out<kRule16A>(out, o, stream);
+    if (same(r, kRule10B)) return by_out<kRule10B>(out, o, stream);
     return nullptr;
 }
 
