@@ -344,8 +344,8 @@ TEST_P(LevelTest, EveryWidthResidue) {
         size_t member;
         uint32_t depth;
     };
-    const Form forms[] = {{0, 32}, {1, 48}, {1, 64}, {2, 32}, {3, 48},
-                          {4, 64}, {5, 32}, {6, 32}, {0, 24}};
+    const Form forms[] = {{0, 32}, {1, 48}, {1, 64}, {2, 32}, {3, 48}, {4, 64}, {5, 32},
+                          {6, 32}, {0, 24}, {5, 15}, {0, 16}, {6, 24}, {6, 15}};
     for (const Form& f : forms)
         for (uint32_t w = 1; w <= 50; ++w) {
             const Member& m = kMembers[f.member];

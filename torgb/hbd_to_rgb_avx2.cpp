@@ -174,6 +174,60 @@ CYCBCR_INLINE void store(uint8_t* d, const Quotients& q) {
             store32<Stream>(d, a, first, g, last);
         else
             store32<Stream>(d, first, g, last, a);
+    } else if constexpr (Out == HbdOut::Rgb24) {
+        // Per 128-bit lane, eight pixels of three bytes from the evens and odds
+        // of two packed channels and the third: 16 bytes, then 8.
+        const __m256i r = _mm256_packs_epi32(q.re, q.ro), g = _mm256_packs_epi32(q.ge, q.go);
+        const __m256i b = _mm256_packs_epi32(q.be, q.bo);
+        const __m256i first = blue_first(O) ? b : r, last = blue_first(O) ? r : b;
+        auto lanes = [](const int8_t(&m)[16]) {
+            return _mm256_setr_epi8(m[0], m[1], m[2], m[3], m[4], m[5], m[6], m[7], m[8], m[9],
+                                    m[10], m[11], m[12], m[13], m[14], m[15], m[0], m[1], m[2],
+                                    m[3], m[4], m[5], m[6], m[7], m[8], m[9], m[10], m[11], m[12],
+                                    m[13], m[14], m[15]);
+        };
+        static constexpr int8_t kHead01[16] = {0,  8, -1, 4,  12, -1, 1,  9,
+                                               -1, 5, 13, -1, 2,  10, -1, 6};
+        static constexpr int8_t kHead2[16] = {-1, -1, 0,  -1, -1, 4,  -1, -1,
+                                              1,  -1, -1, 5,  -1, -1, 2,  -1};
+        static constexpr int8_t kTail01[16] = {14, -1, 3,  11, -1, 7,  15, -1,
+                                               -1, -1, -1, -1, -1, -1, -1, -1};
+        static constexpr int8_t kTail2[16] = {-1, 6,  -1, -1, 3,  -1, -1, 7,
+                                              -1, -1, -1, -1, -1, -1, -1, -1};
+        const __m256i p01 = _mm256_packus_epi16(first, g);
+        const __m256i p2 = _mm256_packus_epi16(last, last);
+        const __m256i head = _mm256_or_si256(_mm256_shuffle_epi8(p01, lanes(kHead01)),
+                                             _mm256_shuffle_epi8(p2, lanes(kHead2)));
+        const __m256i tail = _mm256_or_si256(_mm256_shuffle_epi8(p01, lanes(kTail01)),
+                                             _mm256_shuffle_epi8(p2, lanes(kTail2)));
+        put(d, _mm256_castsi256_si128(head));
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(d + 16), _mm256_castsi256_si128(tail));
+        put(d + 24, _mm256_extracti128_si256(head, 1));
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(d + 40), _mm256_extracti128_si256(tail, 1));
+    } else if constexpr (Out == HbdOut::Rgb555 || Out == HbdOut::Rgb565) {
+        const __m256i zero = _mm256_setzero_si256(), top = _mm256_set1_epi16(255);
+        auto ch = [&](__m256i e, __m256i o) {
+            return _mm256_min_epi16(_mm256_max_epi16(_mm256_packs_epi32(e, o), zero), top);
+        };
+        const __m256i r = ch(q.re, q.ro), g = ch(q.ge, q.go), b = ch(q.be, q.bo);
+        const __m256i f = blue_first(O) ? b : r, l = blue_first(O) ? r : b;
+        __m256i w;
+        if constexpr (Out == HbdOut::Rgb555) {
+            w = _mm256_or_si256(
+                _mm256_and_si256(_mm256_slli_epi16(f, 7), _mm256_set1_epi16(0x7C00)),
+                _mm256_or_si256(
+                    _mm256_and_si256(_mm256_slli_epi16(g, 2), _mm256_set1_epi16(0x03E0)),
+                    _mm256_srli_epi16(l, 3)));
+        } else {
+            w = _mm256_or_si256(_mm256_and_si256(_mm256_slli_epi16(f, 8),
+                                                 _mm256_set1_epi16(static_cast<short>(0xF800))),
+                                _mm256_or_si256(_mm256_and_si256(_mm256_slli_epi16(g, 3),
+                                                                 _mm256_set1_epi16(0x07E0)),
+                                                _mm256_srli_epi16(l, 3)));
+        }
+        const __m256i v = pixel_order_words(w);
+        put(d, _mm256_permute2x128_si256(v, v, 0x20));
+        put(d + 16, _mm256_extracti128_si256(v, 1));
     } else if constexpr (Out == HbdOut::Word10) {
         // No pack to clamp here: clamp the quotients themselves.
         const __m256i zero = _mm256_setzero_si256(), top = _mm256_set1_epi32(R.max);
@@ -201,7 +255,19 @@ CYCBCR_INLINE void store(uint8_t* d, const Quotients& q) {
 }
 
 CYCBCR_INLINE constexpr size_t out_bytes(HbdOut o) {
-    return o == HbdOut::Rgb32 || o == HbdOut::Word10 ? 4 : o == HbdOut::Rgb48 ? 6 : 8;
+    switch (o) {
+        case HbdOut::Rgb555:
+        case HbdOut::Rgb565:
+            return 2;
+        case HbdOut::Rgb24:
+            return 3;
+        case HbdOut::Rgb48:
+            return 6;
+        case HbdOut::Rgb64:
+            return 8;
+        default:
+            return 4;
+    }
 }
 
 template <HbdRule R, HbdOut Out, RgbOrder O, bool Stream>
@@ -228,8 +294,8 @@ void row_avx2(const HbdRowArgs& a, const ToRgbRow<int32_t>& k, HbdPlainRow tail)
 
 template <HbdRule R, HbdOut Out>
 HbdVectorRow by_order(RgbOrder o, bool stream) {
-    // Three-word pixels are not 32-byte blocks: cached stores only.
-    if (Out == HbdOut::Rgb48) stream = false;
+    // Only 4- and 8-byte pixels make whole 32-byte blocks: the others store cached.
+    if (Out != HbdOut::Rgb32 && Out != HbdOut::Rgb64 && Out != HbdOut::Word10) stream = false;
     return with_order(o, [&]<RgbOrder O>() -> HbdVectorRow {
         return stream ? row_avx2<R, Out, O, true> : row_avx2<R, Out, O, false>;
     });
@@ -237,7 +303,18 @@ HbdVectorRow by_order(RgbOrder o, bool stream) {
 template <HbdRule R>
 HbdVectorRow by_out(HbdOut out, RgbOrder o, bool stream) {
     if constexpr (R.max == 255) {
-        if (out == HbdOut::Rgb32) return by_order<R, HbdOut::Rgb32>(o, stream);
+        switch (out) {
+            case HbdOut::Rgb555:
+                return by_order<R, HbdOut::Rgb555>(o, false);
+            case HbdOut::Rgb565:
+                return by_order<R, HbdOut::Rgb565>(o, false);
+            case HbdOut::Rgb24:
+                return by_order<R, HbdOut::Rgb24>(o, false);
+            case HbdOut::Rgb32:
+                return by_order<R, HbdOut::Rgb32>(o, stream);
+            default:
+                break;
+        }
     } else {
         switch (out) {
             case HbdOut::Rgb48:
