@@ -217,5 +217,6 @@ void register_semi_planar_benchmarks();
 void register_planar16_v210_benchmarks();
 void register_hbd_planar_benchmarks();
 void register_rgb_to_planar16_benchmarks();
+void register_hbd_to_rgb_benchmarks();
 
 }  // namespace cycbcr_bench

@@ -44,6 +44,8 @@ set(CYCBCR_SOURCES
     torgb/to_rgb_avx2.cpp
     torgb/v210_to_rgb.cpp
     torgb/v210_to_rgb_avx2.cpp
+    torgb/hbd_to_rgb.cpp
+    torgb/hbd_to_rgb_avx2.cpp
     fromrgb/from_rgb.cpp
     fromrgb/from_rgb_avx2.cpp
     fromrgb/to_v210.cpp

@@ -7,6 +7,7 @@
 #include "fromrgb/from_rgb.h"
 #include "fromrgb/to_planar16.h"
 #include "fromrgb/to_v210.h"
+#include "torgb/hbd_to_rgb.h"
 #include "torgb/to_rgb.h"
 #include "torgb/v210_to_rgb.h"
 #include "ycbcr10/semi_planar.h"
@@ -62,11 +63,14 @@ constexpr FormatPairs<ExtentOf> kExtents = make_extents();
 
 // The families that answer for converters with separate plane pointers.
 constexpr PointerExtentOf kPointerFamilies[] = {
+    // clang-format off
     v210_planes_pointer_extent,
     semi_planar_pointer_extent,
     planar16_v210_pointer_extent,
     planar16_pointer_extent,
     fromrgb::to_planar16_pointer_extent,
+    colour::hbd_to_rgb_pointer_extent,
+    // clang-format on
 };
 
 }  // namespace

@@ -1306,6 +1306,104 @@ CYCBCR_V210_TO_RGB_ENGINE(cycbcr_v210ToRGBPlanarC16);
 CYCBCR_V210_TO_RGB_ENGINE(cycbcr_v210ToRGBPlanarSSE16);
 
 /* ------------------------------------------------------------------------ */
+/* High-bit-depth YCbCr to packed RGB                                        */
+/* ------------------------------------------------------------------------ */
+
+/* Planar or packed YCbCr with 10-, 12- or 16-bit samples, each in a
+ * little-endian 16-bit word, into packed RGB. The engines take the 8-bit
+ * engine's argument list (cycbcr_ToRGBInt above): dst, the Y, Cb and Cr
+ * sample pointers (given as bytes), width, height, dstPitch, srcPitch, matrix,
+ * rgbType, is422, planar, depth, chromaPitch.
+ *
+ * Rows. Every pitch is in bytes and moves the rows: destination rows dstPitch
+ * apart (with the bottom-up flag 0x8000 of rgbType source row 0 goes to the
+ * last destination row); luma rows srcPitch apart. planar != 0: three planes,
+ * pixel pair p takes Y samples 2p and 2p + 1 and Cb, Cr sample p; chroma rows
+ * chromaPitch apart, row n for is422 != 0 and row n / 2 (4:2:0, shared by rows
+ * 2k and 2k + 1) for is422 == 0. planar == 0: packed 4:2:2 words, pair p takes
+ * Y at samples 4p and 4p + 2 and Cb, Cr at 4p from their pointers (e.g. Y, Cb,
+ * Cr pointing at words 1, 0, 2 of a Cb Y Cr Y frame); all three pointers move
+ * srcPitch a row, is422 and chromaPitch are not read.
+ *
+ * Pixels are converted in pairs sharing one Cb, Cr sample (no interpolation);
+ * an odd width still writes and reads its last whole pair: one pixel past the
+ * width in each destination row, one Y sample past it in each source row.
+ *
+ * Samples: 10-bit samples are taken from bits 0-9 of their words and 12-bit
+ * ones from bits 0-11 (higher bits are ignored); 16-bit samples are shifted
+ * right by 8. With Cb' = Cb - midpoint, Cr' = Cr - midpoint and
+ * L = (Y - offset) * gain: R = (L + CrR * Cr') / div, G = (L - CrG * Cr' -
+ * CbG * Cb') / div, B = (L + CbB * Cb') / div, 64-bit sums, each division
+ * truncating toward zero, each result clamped to 0..255 (8 bits a channel) or
+ * 0..65535 (16 bits a channel; negative sums give 0). Matrices 1 to 7 have rows
+ * of their own, every other value the BT.601 full-range row.
+ *
+ *   member               midpoint  offset     gains (matrix 0)          div
+ *   cycbcr_10ToRGBInt    512       16 or 0    x10000: 11640 15960 8129  40000
+ *                                             3920 20170
+ *   cycbcr_10ToRGBInt16  512       64 or 0    x10240: 11919 16343 8325  160
+ *   cycbcr_10ToRGBInt10                                 4014 20654
+ *   cycbcr_12ToRGB       2048      256 or 0   x10240 as above           640
+ *   cycbcr_12ToRGBInt16  2048      256 or 0   x10240 as above           640
+ *   cycbcr_16ToRGB8      128       16 or 0    x10000 as the first row   10000
+ *   planar10ToRGBInt     512       64 or 0    x2500: 2910 3990 2032     10000
+ *                                             980 5042
+ *
+ * cycbcr_10ToRGBInt takes the 8-bit luma offset from the raw 10-bit sample: 10-bit
+ * black (64) gives (48 * 11640) / 40000 = 13 with matrix 0, not 0 (kept: the
+ * pictures of existing callers depend on it). cycbcr_12ToRGBInt16 is
+ * cycbcr_12ToRGB under a second name: / 640 is the step from 12-bit sums on the
+ * x10240 scale to 16 bits a channel.
+ *
+ * Output and results (the height is not checked: height 0 writes nothing and
+ * still returns the count):
+ *   - 8 bits a channel (cycbcr_10ToRGBInt, cycbcr_16ToRGB8, planar10ToRGBInt):
+ *     depth 15, 16, 24 or 32 bits a pixel in the layout of rgbType, alpha 255,
+ *     15- and 16-bit words keeping the top bits of each channel; returns
+ *     width * height * (2, 2, 3 or 4); any other depth writes nothing and
+ *     returns width * height * 4.
+ *   - 16 bits a channel (cycbcr_10ToRGBInt16, cycbcr_12ToRGB,
+ *     cycbcr_12ToRGBInt16): depth 24 or 48 writes three words a pixel in the
+ *     layout's order, 32 or 64 four with alpha 65535; returns width * height *
+ *     (6 or 8); any other depth writes nothing and returns width * height * 8.
+ *   - cycbcr_10ToRGBInt10: one little-endian 32-bit word a pixel whatever the
+ *     depth and layout (the bottom-up flag still turns the rows), from the
+ *     16-bit-scale results R, G, B: ((R & ~3) << 14) | (R & 3) |
+ *     ((B << 28) & 0x30000000) | (B >> 2) | ((G * 4) & 12) | ((G >> 2) << 8),
+ *     in 32-bit arithmetic; returns width * height * 4.
+ *
+ * planar10ToRGBInt(dst, src, width, height, dstPitch, srcPitch, matrix,
+ * rgbType, depth) reads one 10-bit planar 4:2:2 frame: the Y plane at src,
+ * rows srcPitch apart; the Cb plane P = srcPitch * height bytes on and the Cr
+ * plane P / 2 after it (32-bit products), chroma rows srcPitch / 2 apart, every
+ * row its own chroma row.
+ *
+ * None of them chooses a processor level; at level 5 on an AVX2 processor the
+ * planar layouts run exact vector rows (the same bytes as every other level).
+ *
+ * Buffer sizes, with pairs = ceil(width / 2) and nothing when width, height or
+ * the depth gives nothing to write: dst (height - 1) * dstPitch + 2 * pairs *
+ * bytes a pixel; planar: Y (height - 1) * srcPitch + 4 * pairs, Cb and Cr
+ * (rows - 1) * chromaPitch + 2 * pairs with rows = height (4:2:2) or
+ * ceil(height / 2) (4:2:0); packed: Y (height - 1) * srcPitch + 8 * pairs - 2,
+ * Cb and Cr (height - 1) * srcPitch + 8 * pairs - 6; planar10ToRGBInt's src
+ * the larger of its Y plane's end and P + P / 2 + (height - 1) * (srcPitch / 2)
+ * + 2 * pairs. cycbcr_converter_pointer_sizes() answers these by name (its
+ * arguments: dstPitch, srcPitch, matrix, rgbType, is422, planar, depth,
+ * chromaPitch; for planar10ToRGBInt dstPitch, srcPitch, matrix, rgbType,
+ * depth). */
+CYCBCR_TO_RGB_ENGINE(cycbcr_10ToRGBInt);
+CYCBCR_TO_RGB_ENGINE(cycbcr_10ToRGBInt16);
+CYCBCR_TO_RGB_ENGINE(cycbcr_10ToRGBInt10);
+CYCBCR_TO_RGB_ENGINE(cycbcr_12ToRGB);
+CYCBCR_TO_RGB_ENGINE(cycbcr_12ToRGBInt16);
+CYCBCR_TO_RGB_ENGINE(cycbcr_16ToRGB8);
+CYCBCR_API unsigned int planar10ToRGBInt(uint8_t* dst, const uint8_t* src, unsigned int width,
+                                         unsigned int height, unsigned int dstPitch,
+                                         unsigned int srcPitch, QBYCBCRMatrix matrix,
+                                         QBYCBCRRgbType rgbType, unsigned int depth);
+
+/* ------------------------------------------------------------------------ */
 /* RGB to 8-bit YCbCr                                                        */
 /* ------------------------------------------------------------------------ */
 
