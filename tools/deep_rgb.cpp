@@ -15,7 +15,7 @@ namespace cycbcr_tool {
 using PackedFn = unsigned int (*)(uint8_t* dst, const uint8_t* y, const uint8_t* cb,
                                   const uint8_t* cr, unsigned int width, unsigned int height,
                                   unsigned int dstPitch, unsigned int srcPitch,
-                                  QBYCBCRMatrix matrix, QBYCBCRRgbType rgbType, unsigned int is422,
+                                  QBYCBCRMatrix matrix, QBYCBCRRgbType rgbType, int32_t is422,
                                   unsigned int planar, unsigned int depth,
                                   unsigned int chromaPitch);
 using PlanesFn = unsigned int (*)(uint8_t* r, uint8_t* g, uint8_t* b, const uint8_t* y,
