@@ -7,6 +7,7 @@
 #include "fromrgb/from_rgb.h"
 #include "fromrgb/to_v210.h"
 #include "torgb/to_rgb.h"
+#include "torgb/to_rgb_planar.h"
 #include "torgb/v210_to_rgb.h"
 #include "ycbcr10/semi_planar.h"
 #include "ycbcr10/planar16.h"
@@ -65,6 +66,7 @@ constexpr PointerExtentOf kPointerFamilies[] = {
     semi_planar_pointer_extent,
     planar16_v210_pointer_extent,
     planar16_pointer_extent,
+    colour::planes::to_rgb_planar_pointer_extent,
 };
 
 }  // namespace
