@@ -216,5 +216,6 @@ void register_from_rgb_benchmarks();
 void register_semi_planar_benchmarks();
 void register_planar16_v210_benchmarks();
 void register_hbd_planar_benchmarks();
+void register_to_rgb_planar_benchmarks();
 
 }  // namespace cycbcr_bench
