@@ -583,39 +583,51 @@ TEST(PlanarSelector, OtherCallsTakeTheEngine) {
 
 // ------------------------------------------------------------------ AVX2 rows
 
-// The AVX2 forms against level 0 of the plain name at every width residue of
-// the 32-pixel step (and past two steps), padded pitches, all three layouts.
+// Level 5 (and the AVX2 forms) against level 0 at every width residue of the
+// vector steps (and past two steps), padded pitches, all three layouts; the
+// 10- and 12-bit members also with whole random 16-bit words, whose sums reach
+// past 32 bits.
 TEST(PlanarAvx2, SameBytesAsPlainAtEveryWidth) {
     CYCBCR_REQUIRE_AVX2();
     struct Pair {
-        Member plain;
-        Engine avx2;
+        const Member& plain;
+        Engine level5;
     };
-    const Pair pairs[] = {{kMembers[0], cycbcr_ToRGBPlanarInt_avx2},
-                          {kMembers[2], cycbcr_ToRGBPlanarInt16_avx2}};
+    const Pair pairs[] = {
+        {kMembers[0], cycbcr_ToRGBPlanarInt_avx2},   {kMembers[0], cycbcr_ToRGBPlanarInt},
+        {kMembers[2], cycbcr_ToRGBPlanarInt16_avx2}, {kMembers[5], cycbcr_10ToRGBPlanarInt},
+        {kMembers[6], cycbcr_10ToRGBPlanarInt10},    {kMembers[7], cycbcr_10ToRGBPlanarInt16},
+        {kMembers[8], cycbcr_12ToRGBPlanar},
+    };
     uint32_t seed = 200;
     for (const Pair& pr : pairs)
-        for (uint32_t w = 1; w <= 100; ++w)
-            for (int layout = 0; layout < 3; ++layout) {
-                const int32_t is422 = layout != 1;
-                const uint32_t planar = layout != 2;
-                const Shape s{w,
-                              3,
-                              static_cast<uint32_t>(pairs_of(w) * 2 * pr.plain.valueBytes + 7),
-                              w % 8,
-                              w % 3 == 0 ? 0x8000u : 0u,
-                              is422,
-                              planar};
-                const auto sizes = sizes_of(pr.plain.name, pr.plain, s);
-                const Buffers in = random_buffers(pr.plain, sizes, seed++);
-                cycbcr_set_cpu(0);
-                const Outcome plain = run_guarded6(pr.plain.fn, pr.plain, s, in);
-                const Outcome vec = run_guarded6(pr.avx2, pr.plain, s, in);
-                EXPECT_EQ(vec.result, plain.result);
-                for (size_t i = 0; i < 3; ++i)
-                    ASSERT_TRUE(same_bytes(vec.after[i], plain.after[i]))
-                        << pr.plain << " plane " << i << " " << s;
-            }
+        for (bool wholeWords : {false, true}) {
+            if (wholeWords && pr.plain.sampleBytes == 1) continue;
+            Member m = pr.plain;
+            if (wholeWords) m.sampleMax = 65535;
+            for (uint32_t w = 1; w <= 100; ++w)
+                for (int layout = 0; layout < 3; ++layout) {
+                    const int32_t is422 = layout != 1;
+                    const uint32_t planar = layout != 2;
+                    const Shape s{w,
+                                  3,
+                                  static_cast<uint32_t>(pairs_of(w) * 2 * m.valueBytes + 7),
+                                  w % 8,
+                                  w % 3 == 0 ? 0x8000u : 0u,
+                                  is422,
+                                  planar};
+                    const auto sizes = sizes_of(m.name, m, s);
+                    const Buffers in = random_buffers(m, sizes, seed++);
+                    cycbcr_set_cpu(0);
+                    const Outcome plain = run_guarded6(m.fn, m, s, in);
+                    cycbcr_set_cpu(5);
+                    const Outcome vec = run_guarded6(pr.level5, m, s, in);
+                    EXPECT_EQ(vec.result, plain.result);
+                    for (size_t i = 0; i < 3; ++i)
+                        ASSERT_TRUE(same_bytes(vec.after[i], plain.after[i]))
+                            << m << " plane " << i << " " << s << " whole words " << wholeWords;
+                }
+        }
 }
 
 // Every Y, Cb, Cr triple through the AVX2 rows against the rule: one row per

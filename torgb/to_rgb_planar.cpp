@@ -5,6 +5,7 @@
 
 #include <cstring>
 #include <string_view>
+#include <type_traits>
 
 #include "frame/entry.h"
 #include "frame/export.h"
@@ -73,11 +74,9 @@ struct Scaled {
         return {channel(l + c.r), channel(l + c.g), channel(l + c.b)};
     }
 };
-using EightBitA = Scaled<128, 10000, 255>;      // 8-bit samples, 8-bit planes
-using TenBitA = Scaled<512, 40000, 255>;        // 10-bit samples, 8-bit planes
-using TenBitC16 = Scaled<512, 160, 65535>;      // 10-bit samples, 16-bit planes
-using TenBitC10 = Scaled<512, 10240, 1023>;     // 10-bit samples, 10-bit values
-using TwelveBitC16 = Scaled<2048, 640, 65535>;  // 12-bit samples, 16-bit planes
+using EightBitA = Scaled<128, 10000, 255>;  // 8-bit samples, 8-bit planes
+template <Wide W>
+using WidePx = Scaled<wide_rule(W).mid, wide_rule(W).div, wide_rule(W).max>;
 
 // Family C with 12-bit samples: the gains of the 10-bit rows, luma offset 256
 // where those say 64.
@@ -178,6 +177,30 @@ void row_a(const RowArgs& a, const ToRgbRow<int32_t>& k) {
 template <Source S>
 void row_d(const RowArgs& a, const ToRgbRow<int64_t>& k, bool studio) {
     convert_row<uint8_t, uint16_t, S>(a, FamilyD{k, studio});
+}
+
+template <Source S, Wide W>
+void row_wide(const RowArgs& a, const ToRgbRow<int32_t>& k) {
+    using Out = std::conditional_t<wide_rule(W).max == 255, uint8_t, uint16_t>;
+    convert_row<uint16_t, Out, S>(a, WidePx<W>{k});
+}
+
+// A member from 10- or 12-bit samples, with the AVX2 rows when `avx2` (the
+// same values). `k` holds the member's luma offset.
+template <Wide W>
+uint32_t engine_wide(const Frame& f, const ToRgbRow<int32_t>& k, bool avx2) {
+    constexpr uint32_t valueBytes = wide_rule(W).max == 255 ? 1 : 2;
+    const uint32_t result = f.width * f.height * 3 * valueBytes;
+    if (f.height == 0) return result;
+    const Source s = f.source();
+    const PlainRowW plain =
+        s == Source::Packed ? row_wide<Source::Packed, W> : row_wide<Source::Planar, W>;
+    const VectorRowW vector = avx2 ? avx2_row_wide(s, W) : nullptr;
+    if (vector)
+        walk_frame(f, 2, [&](const RowArgs& a) { vector(a, k, plain); });
+    else
+        walk_frame(f, 2, [&](const RowArgs& a) { plain(a, k); });
+    return result;
 }
 
 // Family A from 8-bit samples, with the AVX2 rows when `avx2` (the same bytes).
@@ -310,29 +333,29 @@ CYCBCR_API unsigned int cycbcr_ToRGBPlanarFloat(CYCBCR_PLANAR_ENGINE_ARGS) {
 CYCBCR_API unsigned int cycbcr_10ToRGBPlanarInt(CYCBCR_PLANAR_ENGINE_ARGS) {
     (void)srcPitch;
     (void)chromaPitch;
-    entry(OnEntry::ChooseLevel);
-    return engine<uint16_t, uint8_t>(CYCBCR_PLANAR_FRAME, TenBitA{kFamilyA[matrix]});
+    return engine_wide<Wide::TenTo8>(CYCBCR_PLANAR_FRAME, kFamilyA[matrix],
+                                     entry(OnEntry::ChooseLevel).avx2);
 }
 
 CYCBCR_API unsigned int cycbcr_10ToRGBPlanarInt10(CYCBCR_PLANAR_ENGINE_ARGS) {
     (void)srcPitch;
     (void)chromaPitch;
-    entry(OnEntry::ChooseLevel);
-    return engine<uint16_t, uint16_t>(CYCBCR_PLANAR_FRAME, TenBitC10{kFamilyC[matrix]});
+    return engine_wide<Wide::TenTo10>(CYCBCR_PLANAR_FRAME, kFamilyC[matrix],
+                                      entry(OnEntry::ChooseLevel).avx2);
 }
 
 CYCBCR_API unsigned int cycbcr_10ToRGBPlanarInt16(CYCBCR_PLANAR_ENGINE_ARGS) {
     (void)srcPitch;
     (void)chromaPitch;
-    entry(OnEntry::ChooseLevel);
-    return engine<uint16_t, uint16_t>(CYCBCR_PLANAR_FRAME, TenBitC16{kFamilyC[matrix]});
+    return engine_wide<Wide::TenTo16>(CYCBCR_PLANAR_FRAME, kFamilyC[matrix],
+                                      entry(OnEntry::ChooseLevel).avx2);
 }
 
 CYCBCR_API unsigned int cycbcr_12ToRGBPlanar(CYCBCR_PLANAR_ENGINE_ARGS) {
     (void)srcPitch;
     (void)chromaPitch;
-    entry(OnEntry::ChooseLevel);
-    return engine<uint16_t, uint16_t>(CYCBCR_PLANAR_FRAME, TwelveBitC16{family_c12(matrix)});
+    return engine_wide<Wide::TwelveTo16>(CYCBCR_PLANAR_FRAME, family_c12(matrix),
+                                         entry(OnEntry::ChooseLevel).avx2);
 }
 
 CYCBCR_API unsigned int cycbcr_12ToRGBPlanarInt16(CYCBCR_PLANAR_ENGINE_ARGS) {

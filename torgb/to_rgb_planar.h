@@ -39,6 +39,33 @@ using VectorRowD = void (*)(const RowArgs& a, const ToRgbRow<int64_t>& k, bool s
                             PlainRowD tail);
 VectorRowD avx2_row_d(Source s);
 
+// The members from 10- and 12-bit samples (16-bit words): chroma midpoint,
+// divisor (truncating toward zero) and largest value of each, and whether its
+// planes hold bytes.
+enum class Wide : uint8_t { TenTo8, TenTo10, TenTo16, TwelveTo16 };
+struct WideRule {
+    int32_t mid;
+    int32_t div;
+    uint32_t max;
+};
+CYCBCR_INLINE constexpr WideRule wide_rule(Wide w) {
+    switch (w) {
+        case Wide::TenTo8:
+            return {512, 40000, 255};
+        case Wide::TenTo10:
+            return {512, 10240, 1023};
+        case Wide::TenTo16:
+            return {512, 160, 65535};
+        case Wide::TwelveTo16:
+            break;
+    }
+    return {2048, 640, 65535};
+}
+// Their plain rows and AVX2 rows; `k` holds the member's luma offset.
+using PlainRowW = void (*)(const RowArgs& a, const ToRgbRow<int32_t>& k);
+using VectorRowW = void (*)(const RowArgs& a, const ToRgbRow<int32_t>& k, PlainRowW tail);
+VectorRowW avx2_row_wide(Source s, Wide w);
+
 // Bytes reached from each of the first four pointers (R, G, B planes, Y) by the
 // members of this family (frame/buffer_sizes.h).
 bool to_rgb_planar_pointer_extent(const char* name, const PlaneCall& c, PointerExtents& out);

@@ -1,14 +1,22 @@
 // AVX2 rows of YCbCr to three RGB planes, giving the plain rows' bytes:
 // family A into 8-bit planes, thirty-two pixels a step, with the packed-output
 // engine's arithmetic (torgb/family_a_avx2.h); family D into 16-bit planes,
-// sixteen pixels a step.
+// sixteen pixels a step; 10- and 12-bit samples, sixteen pixels a step, in
+// double precision.
 //
 // Family D's sums are exact in 32 bits: |sum| < 1.5 * 10^9 for every row of
-// the table and every 8-bit sample. Its truncating division by 10000 is a
-// double division and a truncating conversion: the correctly rounded quotient
-// of an integer below 2^31 by 10000 lies at least 10^-4 from the next integer,
-// far above a double's spacing there, so truncating it gives the integer
-// quotient.
+// the table and every 8-bit sample. Its division by 10000, truncating toward
+// zero, is a double product S * (1 / 10000) within 10^-11 of S / 10000, moved
+// 10^-6 away from zero and truncated: an exact quotient is lifted clear of the
+// truncation, and a fraction (a multiple of 10^-4) never reaches the next
+// integer. The sign matters here: the studio lift follows the division.
+//
+// From 16-bit sample words every product and sum is an integer below 2^53, so
+// exact in double precision; each sum S (|S| < 2^32) becomes S * (1 / D) +
+// 10^-6 truncated: the product is within 10^-8 of S / D, whose fraction is a
+// multiple of 1 / D >= 2.5 * 10^-5, so the nudge lifts an exact quotient clear
+// of the truncation and never reaches the next integer. Negative sums clamp to
+// 0 either way.
 #include <immintrin.h>
 
 #include <cstring>
@@ -88,12 +96,14 @@ CYCBCR_INLINE ConstsD consts_d(const ToRgbRow<int64_t>& k, bool studio) {
 
 // sum / 10000 truncated toward zero, for |sum| < 2^31.
 CYCBCR_INLINE __m256i tenth_thousandth(__m256i sum) {
-    const __m256d d = _mm256_set1_pd(10000.0);
-    const __m128i lo =
-        _mm256_cvttpd_epi32(_mm256_div_pd(_mm256_cvtepi32_pd(_mm256_castsi256_si128(sum)), d));
-    const __m128i hi =
-        _mm256_cvttpd_epi32(_mm256_div_pd(_mm256_cvtepi32_pd(_mm256_extracti128_si256(sum, 1)), d));
-    return _mm256_set_m128i(hi, lo);
+    const __m256d scale = _mm256_set1_pd(1.0 / 10000), nudge = _mm256_set1_pd(1e-6);
+    const __m256d sign = _mm256_set1_pd(-0.0);
+    auto q = [&](__m128i s) {
+        const __m256d d = _mm256_cvtepi32_pd(s);
+        const __m256d away = _mm256_or_pd(_mm256_and_pd(d, sign), nudge);
+        return _mm256_cvttpd_epi32(_mm256_add_pd(_mm256_mul_pd(d, scale), away));
+    };
+    return _mm256_set_m128i(q(_mm256_extracti128_si256(sum, 1)), q(_mm256_castsi256_si128(sum)));
 }
 
 struct ChannelsD {
@@ -175,7 +185,133 @@ void row_d_avx2(const RowArgs& a, const ToRgbRow<int64_t>& k, bool studio, Plain
     if (p < a.pairs) tail({{r, g, b}, y, cb, cr, a.pairs - p}, k, studio);
 }
 
+// Eight pixels of 16-bit samples: the three channels' quotients as 32-bit
+// lanes in pixel order, not yet clamped.
+struct ConstsW {
+    __m256d yOffset, yGain, crToR, crToG, cbToG, cbToB, mid, scale, nudge;
+};
+CYCBCR_INLINE ConstsW consts_w(const ToRgbRow<int32_t>& k, const WideRule& r) {
+    auto s = [](double v) { return _mm256_set1_pd(v); };
+    return {s(k.yOffset), s(k.yGain), s(k.crToR),     s(k.crToG), s(k.cbToG),
+            s(k.cbToB),   s(r.mid),   s(1.0 / r.div), s(1e-6)};
+}
+
+template <Source S>
+CYCBCR_INLINE void load_w(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, __m256i* ys,
+                          __m256i* cbs, __m256i* crs) {
+    if constexpr (S == Source::Planar) {
+        *ys = _mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(y)));
+        const __m128i u = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(cb));
+        const __m128i v = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(cr));
+        *cbs = _mm256_cvtepu16_epi32(_mm_unpacklo_epi16(u, u));
+        *crs = _mm256_cvtepu16_epi32(_mm_unpacklo_epi16(v, v));
+    } else {
+        // Four pairs of four words: each 32-bit lane's low word is Y0 or Y1 in
+        // pixel order from the Y pointer; from a chroma pointer the even lanes
+        // hold the pair's sample, copied to the odd ones.
+        const __m256i low = _mm256_set1_epi32(0xFFFF);
+        auto at = [](const uint8_t* p) {
+            return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
+        };
+        *ys = _mm256_and_si256(at(y), low);
+        *cbs = _mm256_shuffle_epi32(_mm256_and_si256(at(cb), low), _MM_SHUFFLE(2, 2, 0, 0));
+        *crs = _mm256_shuffle_epi32(_mm256_and_si256(at(cr), low), _MM_SHUFFLE(2, 2, 0, 0));
+    }
+}
+
+struct QuadW {
+    __m128i r, g, b;
+};
+CYCBCR_INLINE QuadW quad_w(__m128i y, __m128i cb, __m128i cr, const ConstsW& k) {
+    const __m256d l = _mm256_mul_pd(_mm256_sub_pd(_mm256_cvtepi32_pd(y), k.yOffset), k.yGain);
+    const __m256d u = _mm256_sub_pd(_mm256_cvtepi32_pd(cb), k.mid);
+    const __m256d v = _mm256_sub_pd(_mm256_cvtepi32_pd(cr), k.mid);
+    auto q = [&](__m256d sum) {
+        return _mm256_cvttpd_epi32(_mm256_add_pd(_mm256_mul_pd(sum, k.scale), k.nudge));
+    };
+    return {
+        q(_mm256_add_pd(l, _mm256_mul_pd(k.crToR, v))),
+        q(_mm256_sub_pd(_mm256_sub_pd(l, _mm256_mul_pd(k.crToG, v)), _mm256_mul_pd(k.cbToG, u))),
+        q(_mm256_add_pd(l, _mm256_mul_pd(k.cbToB, u)))};
+}
+CYCBCR_INLINE ChannelsD eight_w(__m256i y, __m256i cb, __m256i cr, const ConstsW& k) {
+    const QuadW lo = quad_w(_mm256_castsi256_si128(y), _mm256_castsi256_si128(cb),
+                            _mm256_castsi256_si128(cr), k);
+    const QuadW hi = quad_w(_mm256_extracti128_si256(y, 1), _mm256_extracti128_si256(cb, 1),
+                            _mm256_extracti128_si256(cr, 1), k);
+    return {_mm256_set_m128i(hi.r, lo.r), _mm256_set_m128i(hi.g, lo.g),
+            _mm256_set_m128i(hi.b, lo.b)};
+}
+
+// Sixteen values of one channel clamped to 0..Max, stored as words or bytes.
+template <uint32_t Max>
+CYCBCR_INLINE void store_w(uint8_t* d, __m256i first, __m256i second) {
+    __m256i w = plane_words(first, second);
+    if constexpr (Max < 65535) w = _mm256_min_epu16(w, _mm256_set1_epi16(static_cast<short>(Max)));
+    if constexpr (Max == 255) {
+        const __m256i b =
+            _mm256_permute4x64_epi64(_mm256_packus_epi16(w, w), _MM_SHUFFLE(3, 1, 2, 0));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm256_castsi256_si128(b));
+    } else {
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), w);
+    }
+}
+
+template <Source S, Wide W>
+void row_wide_avx2(const RowArgs& a, const ToRgbRow<int32_t>& k, PlainRowW tail) {
+    constexpr WideRule rule = wide_rule(W);
+    constexpr size_t out = rule.max == 255 ? 16 : 32;  // bytes of sixteen values
+    // In bytes: four pairs of samples, and their step to the next four.
+    constexpr size_t lumaStep = S == Source::Packed ? 32 : 16;
+    constexpr size_t chromaStep = S == Source::Packed ? 32 : 8;
+    // Packed loads through the chroma pointers reach two words into the next
+    // pair: one pair stays back for the plain tail.
+    constexpr uint32_t spare = S == Source::Packed ? 1 : 0;
+    const ConstsW c = consts_w(k, rule);
+    auto* r = static_cast<uint8_t*>(a.out[0]);
+    auto* g = static_cast<uint8_t*>(a.out[1]);
+    auto* b = static_cast<uint8_t*>(a.out[2]);
+    auto *y = static_cast<const uint8_t*>(a.y), *cb = static_cast<const uint8_t*>(a.cb),
+         *cr = static_cast<const uint8_t*>(a.cr);
+    uint32_t p = 0;
+    for (; p + 8 + spare <= a.pairs; p += 8) {
+        __m256i y0, cb0, cr0, y1, cb1, cr1;
+        load_w<S>(y, cb, cr, &y0, &cb0, &cr0);
+        load_w<S>(y + lumaStep, cb + chromaStep, cr + chromaStep, &y1, &cb1, &cr1);
+        const ChannelsD d0 = eight_w(y0, cb0, cr0, c), d1 = eight_w(y1, cb1, cr1, c);
+        store_w<rule.max>(r, d0.r, d1.r);
+        store_w<rule.max>(g, d0.g, d1.g);
+        store_w<rule.max>(b, d0.b, d1.b);
+        r += out;
+        g += out;
+        b += out;
+        y += 2 * lumaStep;
+        cb += 2 * chromaStep;
+        cr += 2 * chromaStep;
+    }
+    if (p < a.pairs) tail({{r, g, b}, y, cb, cr, a.pairs - p}, k);
+}
+
+template <Source S>
+VectorRowW wide_of(Wide w) {
+    switch (w) {
+        case Wide::TenTo8:
+            return row_wide_avx2<S, Wide::TenTo8>;
+        case Wide::TenTo10:
+            return row_wide_avx2<S, Wide::TenTo10>;
+        case Wide::TenTo16:
+            return row_wide_avx2<S, Wide::TenTo16>;
+        case Wide::TwelveTo16:
+            break;
+    }
+    return row_wide_avx2<S, Wide::TwelveTo16>;
+}
+
 }  // namespace
+
+VectorRowW avx2_row_wide(Source s, Wide w) {
+    return s == Source::Packed ? wide_of<Source::Packed>(w) : wide_of<Source::Planar>(w);
+}
 
 VectorRowA avx2_row_a(Source s, bool stream) {
     if (s == Source::Packed)
