@@ -1214,9 +1214,8 @@ CYCBCR_TO_RGB_ENGINE(cycbcr_ToRGBInt16);
  *   - returns width * height * 3 * (bytes a value: 1, 2 or 4), even for height
  *     0 (nothing written).
  *   - each chooses a processor level when none is chosen (5 on an AVX2
- *     processor); at level 5 on an AVX2 processor every member but the float
- *     one runs exact AVX2 rows (the bytes of level 0, whatever the sample
- *     words hold).
+ *     processor); at level 5 on an AVX2 processor every member runs exact
+ *     AVX2 rows (the bytes of level 0, whatever the sample words hold).
  *
  * The members (L = (Y - luma offset) * Y gain, Cb' = Cb - midpoint, Cr' = Cr -
  * midpoint; R = L + CrR Cr', G = L - CrG Cr' - CbG Cb', B = L + CbB Cb', each

@@ -595,9 +595,9 @@ TEST(PlanarAvx2, SameBytesAsPlainAtEveryWidth) {
     };
     const Pair pairs[] = {
         {kMembers[0], cycbcr_ToRGBPlanarInt_avx2},   {kMembers[0], cycbcr_ToRGBPlanarInt},
-        {kMembers[2], cycbcr_ToRGBPlanarInt16_avx2}, {kMembers[5], cycbcr_10ToRGBPlanarInt},
-        {kMembers[6], cycbcr_10ToRGBPlanarInt10},    {kMembers[7], cycbcr_10ToRGBPlanarInt16},
-        {kMembers[8], cycbcr_12ToRGBPlanar},
+        {kMembers[2], cycbcr_ToRGBPlanarInt16_avx2}, {kMembers[4], cycbcr_ToRGBPlanarFloat},
+        {kMembers[5], cycbcr_10ToRGBPlanarInt},      {kMembers[6], cycbcr_10ToRGBPlanarInt10},
+        {kMembers[7], cycbcr_10ToRGBPlanarInt16},    {kMembers[8], cycbcr_12ToRGBPlanar},
     };
     uint32_t seed = 200;
     for (const Pair& pr : pairs)

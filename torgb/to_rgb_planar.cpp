@@ -152,21 +152,25 @@ void walk_frame(const Frame& f, size_t sampleBytes, Row&& row) {
     });
 }
 
-// Runs `px` over the frame with the plain row of the call's source shape.
-template <class In, class Out, class Px>
-void run_plain(const Frame& f, const Px& px) {
-    if (f.source() == Source::Packed)
-        walk_frame(f, sizeof(In),
-                   [&](const RowArgs& a) { convert_row<In, Out, Source::Packed>(a, px); });
-    else
-        walk_frame(f, sizeof(In),
-                   [&](const RowArgs& a) { convert_row<In, Out, Source::Planar>(a, px); });
+template <Source S>
+void row_float(const RowArgs& a, const ToRgbRow<double>& k) {
+    convert_row<uint8_t, float, S>(a, MasterFloat{k});
 }
 
-template <class In, class Out, class Px>
-uint32_t engine(const Frame& f, const Px& px) {
-    const uint32_t result = f.width * f.height * 3 * static_cast<uint32_t>(sizeof(Out));
-    if (f.height != 0) run_plain<In, Out>(f, px);
+// Float planes from 8-bit samples, with the AVX2 rows when `avx2` (the same
+// values: the same double operations in the same order).
+uint32_t engine_float(const Frame& f, QBYCBCRMatrix matrix, bool avx2) {
+    const uint32_t result = f.width * f.height * 12;
+    if (f.height == 0) return result;
+    const Source s = f.source();
+    const PlainRowF plain =
+        s == Source::Packed ? row_float<Source::Packed> : row_float<Source::Planar>;
+    const VectorRowF vector = avx2 ? avx2_row_float(s) : nullptr;
+    const ToRgbRow<double>& row = kMaster[matrix];
+    if (vector)
+        walk_frame(f, 1, [&](const RowArgs& a) { vector(a, row, plain); });
+    else
+        walk_frame(f, 1, [&](const RowArgs& a) { plain(a, row); });
     return result;
 }
 
@@ -326,8 +330,7 @@ CYCBCR_API unsigned int cycbcr_ToRGBPlanarInt16_avx2(CYCBCR_PLANAR_ENGINE_ARGS) 
 CYCBCR_API unsigned int cycbcr_ToRGBPlanarFloat(CYCBCR_PLANAR_ENGINE_ARGS) {
     (void)srcPitch;
     (void)chromaPitch;
-    entry(OnEntry::ChooseLevel);
-    return engine<uint8_t, float>(CYCBCR_PLANAR_FRAME, MasterFloat{kMaster[matrix]});
+    return engine_float(CYCBCR_PLANAR_FRAME, matrix, entry(OnEntry::ChooseLevel).avx2);
 }
 
 CYCBCR_API unsigned int cycbcr_10ToRGBPlanarInt(CYCBCR_PLANAR_ENGINE_ARGS) {

@@ -39,6 +39,12 @@ using VectorRowD = void (*)(const RowArgs& a, const ToRgbRow<int64_t>& k, bool s
                             PlainRowD tail);
 VectorRowD avx2_row_d(Source s);
 
+// Float planes from 8-bit samples: the unscaled set in double precision, each
+// value clamped to 0..255 and rounded to float.
+using PlainRowF = void (*)(const RowArgs& a, const ToRgbRow<double>& k);
+using VectorRowF = void (*)(const RowArgs& a, const ToRgbRow<double>& k, PlainRowF tail);
+VectorRowF avx2_row_float(Source s);
+
 // The members from 10- and 12-bit samples (16-bit words): chroma midpoint,
 // divisor (truncating toward zero) and largest value of each, and whether its
 // planes hold bytes.

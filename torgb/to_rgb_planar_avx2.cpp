@@ -307,7 +307,98 @@ VectorRowW wide_of(Wide w) {
     return row_wide_avx2<S, Wide::TwelveTo16>;
 }
 
+// Float planes: the plain rule's double operations in its order (chroma terms
+// of the pair, then luma plus each), clamped to 0..255 and rounded to float.
+struct ConstsF {
+    __m256d yOffset, yGain, crToR, crToG, cbToG, cbToB, mid, zero, top;
+};
+CYCBCR_INLINE ConstsF consts_f(const ToRgbRow<double>& k) {
+    auto s = [](double v) { return _mm256_set1_pd(v); };
+    return {s(k.yOffset), s(k.yGain), s(k.crToR), s(k.crToG), s(k.cbToG),
+            s(k.cbToB),   s(128.0),   s(0.0),     s(255.0)};
+}
+
+// Eight pixels' 8-bit samples as 32-bit lanes in pixel order, chroma copied to
+// both pixels of its pair.
+template <Source S>
+CYCBCR_INLINE void load_f(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, __m256i* ys,
+                          __m256i* cbs, __m256i* crs) {
+    if constexpr (S == Source::Planar) {
+        *ys = _mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(y)));
+        int32_t u, v;
+        std::memcpy(&u, cb, 4);
+        std::memcpy(&v, cr, 4);
+        const __m128i cu = _mm_cvtsi32_si128(u), cv = _mm_cvtsi32_si128(v);
+        *cbs = _mm256_cvtepu8_epi32(_mm_unpacklo_epi8(cu, cu));
+        *crs = _mm256_cvtepu8_epi32(_mm_unpacklo_epi8(cv, cv));
+    } else {
+        // Four pairs of four bytes: Y at 0 and 2 from the Y pointer, chroma at
+        // 0 from its own.
+        auto at = [](const uint8_t* p) {
+            return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+        };
+        const __m128i chroma =
+            _mm_setr_epi8(0, 0, 4, 4, 8, 8, 12, 12, -1, -1, -1, -1, -1, -1, -1, -1);
+        *ys = _mm256_cvtepu16_epi32(_mm_and_si128(at(y), _mm_set1_epi16(0xFF)));
+        *cbs = _mm256_cvtepu8_epi32(_mm_shuffle_epi8(at(cb), chroma));
+        *crs = _mm256_cvtepu8_epi32(_mm_shuffle_epi8(at(cr), chroma));
+    }
+}
+
+struct QuadF {
+    __m128 r, g, b;
+};
+CYCBCR_INLINE QuadF quad_f(__m128i y, __m128i cb, __m128i cr, const ConstsF& k) {
+    const __m256d u = _mm256_sub_pd(_mm256_cvtepi32_pd(cb), k.mid);
+    const __m256d v = _mm256_sub_pd(_mm256_cvtepi32_pd(cr), k.mid);
+    const __m256d tr = _mm256_mul_pd(k.crToR, v);
+    const __m256d tg = _mm256_sub_pd(_mm256_xor_pd(_mm256_mul_pd(k.crToG, v), _mm256_set1_pd(-0.0)),
+                                     _mm256_mul_pd(k.cbToG, u));
+    const __m256d tb = _mm256_mul_pd(k.cbToB, u);
+    const __m256d l = _mm256_mul_pd(_mm256_sub_pd(_mm256_cvtepi32_pd(y), k.yOffset), k.yGain);
+    auto clamp = [&](__m256d x) {
+        return _mm256_cvtpd_ps(_mm256_min_pd(_mm256_max_pd(x, k.zero), k.top));
+    };
+    return {clamp(_mm256_add_pd(l, tr)), clamp(_mm256_add_pd(l, tg)), clamp(_mm256_add_pd(l, tb))};
+}
+
+template <Source S>
+void row_float_avx2(const RowArgs& a, const ToRgbRow<double>& k, PlainRowF tail) {
+    constexpr size_t lumaStep = S == Source::Packed ? 16 : 8;  // four pairs
+    constexpr size_t chromaStep = S == Source::Packed ? 16 : 4;
+    constexpr uint32_t spare = S == Source::Packed ? 1 : 0;
+    const ConstsF c = consts_f(k);
+    auto* r = static_cast<uint8_t*>(a.out[0]);
+    auto* g = static_cast<uint8_t*>(a.out[1]);
+    auto* b = static_cast<uint8_t*>(a.out[2]);
+    auto *y = static_cast<const uint8_t*>(a.y), *cb = static_cast<const uint8_t*>(a.cb),
+         *cr = static_cast<const uint8_t*>(a.cr);
+    uint32_t p = 0;
+    for (; p + 4 + spare <= a.pairs; p += 4) {
+        __m256i ys, cbs, crs;
+        load_f<S>(y, cb, cr, &ys, &cbs, &crs);
+        const QuadF lo = quad_f(_mm256_castsi256_si128(ys), _mm256_castsi256_si128(cbs),
+                                _mm256_castsi256_si128(crs), c);
+        const QuadF hi = quad_f(_mm256_extracti128_si256(ys, 1), _mm256_extracti128_si256(cbs, 1),
+                                _mm256_extracti128_si256(crs, 1), c);
+        _mm256_storeu_ps(reinterpret_cast<float*>(r), _mm256_set_m128(hi.r, lo.r));
+        _mm256_storeu_ps(reinterpret_cast<float*>(g), _mm256_set_m128(hi.g, lo.g));
+        _mm256_storeu_ps(reinterpret_cast<float*>(b), _mm256_set_m128(hi.b, lo.b));
+        r += 32;
+        g += 32;
+        b += 32;
+        y += lumaStep;
+        cb += chromaStep;
+        cr += chromaStep;
+    }
+    if (p < a.pairs) tail({{r, g, b}, y, cb, cr, a.pairs - p}, k);
+}
+
 }  // namespace
+
+VectorRowF avx2_row_float(Source s) {
+    return s == Source::Packed ? row_float_avx2<Source::Packed> : row_float_avx2<Source::Planar>;
+}
 
 VectorRowW avx2_row_wide(Source s, Wide w) {
     return s == Source::Packed ? wide_of<Source::Packed>(w) : wide_of<Source::Planar>(w);
