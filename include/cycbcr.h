@@ -1213,8 +1213,8 @@ CYCBCR_TO_RGB_ENGINE(cycbcr_ToRGBInt16);
  *     ignored (the planes are named by argument) and no alpha is written.
  *   - returns width * height * 3 * (bytes a value: 1, 2 or 4), even for height
  *     0 (nothing written).
- *   - each chooses a processor level when none is chosen (5 on an AVX2
- *     processor); at level 5 on an AVX2 processor every member runs exact
+ *   - each but the _avx2 forms chooses a processor level when none is chosen
+ *     (5 on an AVX2 processor); at level 5 on an AVX2 processor every member runs exact
  *     AVX2 rows (the bytes of level 0, whatever the sample words hold).
  *
  * The members (L = (Y - luma offset) * Y gain, Cb' = Cb - midpoint, Cr' = Cr -
@@ -1232,8 +1232,9 @@ CYCBCR_TO_RGB_ENGINE(cycbcr_ToRGBInt16);
  *     max 65535). The plain name goes to the _avx2 form at level 5 on an AVX2
  *     processor; same bytes.
  *   - cycbcr_ToRGBPlanarFloat: 8-bit samples, the unscaled coefficients in
- *     double precision on the 8-bit scale, clamped to 0..255 and stored as
- *     float without rounding (matrix 0, Y 235, neutral chroma: 254.916).
+ *     double precision on the 8-bit scale, clamped to 0..255 and stored as the
+ *     nearest float, not cut to an integer (matrix 0, Y 235, neutral chroma:
+ *     254.916).
  *   - cycbcr_10ToRGBPlanarInt: 10-bit samples, midpoint 512, the x 10000 set
  *     with its 8-bit luma offset (16 or 0) subtracted from the 10-bit luma as it
  *     stands, / 40000, 8-bit planes (as cycbcr_10ToRGBInt: 10-bit black 64 gives
@@ -1265,12 +1266,12 @@ CYCBCR_TO_RGB_ENGINE(cycbcr_ToRGBInt16);
  * Buffer sizes per pointer: cycbcr_converter_pointer_sizes(name, width,
  * height, {dstPitch, srcPitch, matrix, rgbType, is422, planar, chromaPitch},
  * 7, bytes) answers the first four pointers: bytes[0..2] the R, G, B planes,
- * rows_end = (height - 1) * dstPitch + ceil(width / 2) * 2 * (bytes a value);
+ * (height - 1) * dstPitch + ceil(width / 2) * 2 * (bytes a value);
  * bytes[3] the Y pointer: planar (height - 1) * width + ceil(width / 2) * 2
  * samples, packed 4 * ceil(width / 2) * height - 1 samples (times 2 bytes for
  * 10- and 12-bit samples). Cb and Cr (not answered, the query has four slots)
- * reach, in samples: planar 4:2:2 (height - 1) * width / 2 + ceil(width / 2),
- * 4:2:0 ((height - 1) / 2) * width / 2 + ceil(width / 2); packed 4 *
+ * reach, in samples: planar 4:2:2 ((height - 1) * width) / 2 + ceil(width /
+ * 2), 4:2:0 (((height - 1) / 2) * width) / 2 + ceil(width / 2); packed 4 *
  * ceil(width / 2) * height - 3. On the selector's image-library route bytes[3]
  * is instead the reach from cb, (height - 1) * srcPitch + (width / 2) * 4 (0
  * for srcPitch 0 or a width below 2), the planes (height - 1) * dstPitch +
