@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "cycbcr.h"
+#include "platform/imaging.h"
 #include "support/colour_rows.h"
 #include "support/frames.h"
 #include "support/guarded_buffer.h"
@@ -579,6 +580,35 @@ TEST(PlanarSelector, OtherCallsTakeTheEngine) {
         }
     }
     (void)a8;
+}
+
+// The two imaging-library helpers of the route on their own: the split of
+// 3-byte pixels into planes with its argument checks, and the scratch block.
+TEST(PlanarSelector, ImagingCopyAndScratch) {
+    using namespace cycbcr::ipp;
+    const Ipp8u src[2][9] = {{1, 2, 3, 4, 5, 6, 70, 80, 90}, {7, 8, 9, 10, 11, 12, 71, 81, 91}};
+    Ipp8u planes[3][6];
+    std::memset(planes, 0xEE, sizeof planes);
+    Ipp8u* dst[3] = {planes[0], planes[1], planes[2]};
+    // Two pixels of two rows, rows 9 bytes apart in the source and 3 in the planes.
+    EXPECT_EQ(ippiCopy_8u_C3P3R(&src[0][0], 9, dst, 3, {2, 2}), ippStsNoErr);
+    const Ipp8u want[3][6] = {
+        {1, 4, 0xEE, 7, 10, 0xEE}, {2, 5, 0xEE, 8, 11, 0xEE}, {3, 6, 0xEE, 9, 12, 0xEE}};
+    EXPECT_EQ(std::memcmp(planes, want, sizeof planes), 0);
+    Ipp8u* none[3] = {planes[0], nullptr, planes[2]};
+    EXPECT_EQ(ippiCopy_8u_C3P3R(&src[0][0], 9, none, 3, {2, 2}), ippStsNullPtrErr);
+    EXPECT_EQ(ippiCopy_8u_C3P3R(&src[0][0], 9, dst, 3, {0, 2}), ippStsSizeErr);
+    EXPECT_EQ(ippiCopy_8u_C3P3R(&src[0][0], 9, dst, 0, {2, 2}), ippStsStepErr);
+    EXPECT_EQ(std::memcmp(planes, want, sizeof planes), 0);
+
+    EXPECT_EQ(ippMalloc(0), nullptr);
+    EXPECT_EQ(ippMalloc(-5), nullptr);
+    auto* block = static_cast<uint8_t*>(ippMalloc(1000));
+    ASSERT_NE(block, nullptr);
+    EXPECT_EQ(reinterpret_cast<uintptr_t>(block) % 64, 0u);
+    for (int i = 0; i < 1000; ++i) ASSERT_EQ(block[i], 0) << i;
+    ippFree(block);
+    ippFree(nullptr);
 }
 
 // ------------------------------------------------------------------ AVX2 rows
