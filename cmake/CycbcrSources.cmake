@@ -42,6 +42,8 @@ set(CYCBCR_SOURCES
     torgb/colour_tables.cpp
     torgb/to_rgb.cpp
     torgb/to_rgb_avx2.cpp
+    torgb/to_rgb_planar.cpp
+    torgb/to_rgb_planar_avx2.cpp
     torgb/v210_to_rgb.cpp
     torgb/v210_to_rgb_avx2.cpp
     torgb/hbd_to_rgb.cpp

@@ -9,6 +9,7 @@
 #include "fromrgb/to_v210.h"
 #include "torgb/hbd_to_rgb.h"
 #include "torgb/to_rgb.h"
+#include "torgb/to_rgb_planar.h"
 #include "torgb/v210_to_rgb.h"
 #include "ycbcr10/semi_planar.h"
 #include "ycbcr10/planar16.h"
@@ -70,6 +71,7 @@ constexpr PointerExtentOf kPointerFamilies[] = {
     planar16_pointer_extent,
     fromrgb::to_planar16_pointer_extent,
     colour::hbd_to_rgb_pointer_extent,
+    colour::planes::to_rgb_planar_pointer_extent,
     // clang-format on
 };
 

@@ -1178,6 +1178,123 @@ CYCBCR_TO_RGB_ENGINE(cycbcr_ToRGBFloat);
 CYCBCR_TO_RGB_ENGINE(cycbcr_ToRGBInt16);
 
 /* ------------------------------------------------------------------------ */
+/* YCbCr to planar RGB                                                       */
+/* ------------------------------------------------------------------------ */
+
+/* 8-, 10- and 12-bit YCbCr into three RGB planes. The engines take the three
+ * destination planes first (R, G, B, in that order whatever rgbType says), then
+ * the Y, Cb and Cr sample pointers, then the numbers of the 8-bit engine
+ * cycbcr_ToRGBInt without its depth:
+ *
+ *     unsigned int name(uint8_t* dstR, uint8_t* dstG, uint8_t* dstB,
+ *         const uint8_t* y, const uint8_t* cb, const uint8_t* cr,
+ *         unsigned int width, unsigned int height, unsigned int dstPitch,
+ *         unsigned int srcPitch, QBYCBCRMatrix matrix, QBYCBCRRgbType rgbType,
+ *         int32_t is422, unsigned int planar, unsigned int chromaPitch);
+ *
+ * 10- and 12-bit samples are little-endian 16-bit words (the value in the low
+ * bits, read as the whole word), 16-bit planes little-endian words, float
+ * planes 4-byte floats; every pointer may start at any byte.
+ *
+ * Common to every engine (the 8-bit engine's walk):
+ *   - sources: planar != 0: three planes; luma rows of exactly width samples
+ *     one after another; chroma row n at (n * width) / 2 samples into its plane
+ *     for is422 != 0 (4:2:2), ((n / 2) * width) / 2 for 4:2:0. planar == 0:
+ *     packed 4:2:2 samples, each pointer 4 samples a pair apart (Y pairs at 0
+ *     and 2), each row where the previous one's ceil(width / 2) pairs ended.
+ *     srcPitch and chromaPitch move no row (they only place planes for
+ *     callers).
+ *   - whole pixel pairs, one Cb, Cr pair for both pixels, no interpolation: an
+ *     odd width writes one value past the width in each plane row and reads a
+ *     whole pair of samples.
+ *   - destination rows dstPitch bytes apart in each of the three planes,
+ *     ceil(width / 2) * 2 values each. rgbType: only the bottom-up flag (bit 15)
+ *     counts, putting the first row last in every plane; the layout number is
+ *     ignored (the planes are named by argument) and no alpha is written.
+ *   - returns width * height * 3 * (bytes a value: 1, 2 or 4), even for height
+ *     0 (nothing written).
+ *   - each but the _avx2 forms chooses a processor level when none is chosen
+ *     (5 on an AVX2 processor); at level 5 on an AVX2 processor every member runs exact
+ *     AVX2 rows (the bytes of level 0, whatever the sample words hold).
+ *
+ * The members (L = (Y - luma offset) * Y gain, Cb' = Cb - midpoint, Cr' = Cr -
+ * midpoint; R = L + CrR Cr', G = L - CrG Cr' - CbG Cb', B = L + CbB Cb', each
+ * 64-bit sum divided truncating toward zero and clamped to 0..max):
+ *   - cycbcr_ToRGBPlanarInt: 8-bit samples, midpoint 128, the x 10000 set of
+ *     cycbcr_ToRGBInt (offset 16 or 0), / 10000, 8-bit planes (max 255): the
+ *     bytes of cycbcr_ToRGBInt's R, G, B. At level 5 on an AVX2 processor
+ *     planar 4:2:2 goes to cycbcr_ToRGBPlanarInt_avx2, other layouts run exact
+ *     AVX2 rows (same bytes).
+ *   - cycbcr_ToRGBPlanarInt_avx2: the same bytes, AVX2 rows; needs AVX2.
+ *   - cycbcr_ToRGBPlanarInt16 and _avx2: 8-bit samples into 16-bit planes with
+ *     the rule of cycbcr_ToRGBInt16 (x 2 563 900, matrix 4 x 2 560 000; R and B
+ *     carry 10000 of rounding bias; odd matrices take Y - 16 and add 4096;
+ *     max 65535). The plain name goes to the _avx2 form at level 5 on an AVX2
+ *     processor; same bytes.
+ *   - cycbcr_ToRGBPlanarFloat: 8-bit samples, the unscaled coefficients in
+ *     double precision on the 8-bit scale, clamped to 0..255 and stored as the
+ *     nearest float, not cut to an integer (matrix 0, Y 235, neutral chroma:
+ *     254.916).
+ *   - cycbcr_10ToRGBPlanarInt: 10-bit samples, midpoint 512, the x 10000 set
+ *     with its 8-bit luma offset (16 or 0) subtracted from the 10-bit luma as it
+ *     stands, / 40000, 8-bit planes (as cycbcr_10ToRGBInt: 10-bit black 64 gives
+ *     13 for matrix 0).
+ *   - cycbcr_10ToRGBPlanarInt16: 10-bit samples, midpoint 512, the x 10240 set
+ *     (offset 64 or 0), / 160, 16-bit planes (max 65535).
+ *   - cycbcr_10ToRGBPlanarInt10: the same sums / 10240: 10-bit values (max
+ *     1023) in 16-bit words.
+ *   - cycbcr_12ToRGBPlanar and cycbcr_12ToRGBPlanarInt16 (one rule): 12-bit
+ *     samples, midpoint 2048, the x 10240 gains with luma offset 256 where the
+ *     10-bit rows have 64 (0 for matrices 1, 3, 5, 7), / 640, 16-bit planes
+ *     (max 65535).
+ *
+ * cycbcr_ToRGBPlanar, the selector in front of cycbcr_ToRGBPlanarInt: packed
+ * 4:2:2 (is422 != 0, planar == 0) with matrix 1 or 5 takes the library's
+ * image-library route at every level: the UYVY frame read from cb (rows
+ * srcPitch apart, width / 2 whole pairs) is converted with studio BT.709 in
+ * 16-bit fixed point, rounded (Y passes through; R = Y + 1.540 Cr', G = Y -
+ * 0.459 Cr' - 0.183 Cb', B = Y + 1.816 Cb', each coefficient round(c * 65536),
+ * (sum + 32768) >> 16, clamped to 0..255; matrix 1 too) into a zero-filled
+ * scratch frame of width * height * 3 bytes, whose B, G, R bytes are copied to
+ * the third, second and first plane, width values a row at dstPitch; rgbType
+ * is ignored. An odd width's last column (and a width of 1: every column) is
+ * 0; srcPitch 0 writes zeros, dstPitch 0 writes nothing. Returns height *
+ * dstPitch, or 0 (nothing touched) when width * height * 3 - 1 exceeds
+ * 0x7FFFFFFE (so also for a width or height of 0) or the scratch frame cannot
+ * be allocated. Every other call goes to cycbcr_ToRGBPlanarInt unchanged.
+ *
+ * Buffer sizes per pointer: cycbcr_converter_pointer_sizes(name, width,
+ * height, {dstPitch, srcPitch, matrix, rgbType, is422, planar, chromaPitch},
+ * 7, bytes) answers the first four pointers: bytes[0..2] the R, G, B planes,
+ * (height - 1) * dstPitch + ceil(width / 2) * 2 * (bytes a value);
+ * bytes[3] the Y pointer: planar (height - 1) * width + ceil(width / 2) * 2
+ * samples, packed 4 * ceil(width / 2) * height - 1 samples (times 2 bytes for
+ * 10- and 12-bit samples). Cb and Cr (not answered, the query has four slots)
+ * reach, in samples: planar 4:2:2 ((height - 1) * width) / 2 + ceil(width /
+ * 2), 4:2:0 (((height - 1) / 2) * width) / 2 + ceil(width / 2); packed 4 *
+ * ceil(width / 2) * height - 3. On the selector's image-library route bytes[3]
+ * is instead the reach from cb, (height - 1) * srcPitch + (width / 2) * 4 (0
+ * for srcPitch 0 or a width below 2), the planes (height - 1) * dstPitch +
+ * width each, and every answer is 0 when the route touches nothing. */
+#define CYCBCR_TO_RGB_PLANAR_ENGINE(name)                                                   \
+    CYCBCR_API unsigned int name(                                                           \
+        uint8_t* dstR, uint8_t* dstG, uint8_t* dstB, const uint8_t* y, const uint8_t* cb,   \
+        const uint8_t* cr, unsigned int width, unsigned int height, unsigned int dstPitch,  \
+        unsigned int srcPitch, QBYCBCRMatrix matrix, QBYCBCRRgbType rgbType, int32_t is422, \
+        unsigned int planar, unsigned int chromaPitch)
+CYCBCR_TO_RGB_PLANAR_ENGINE(cycbcr_ToRGBPlanar);
+CYCBCR_TO_RGB_PLANAR_ENGINE(cycbcr_ToRGBPlanarInt);
+CYCBCR_TO_RGB_PLANAR_ENGINE(cycbcr_ToRGBPlanarInt_avx2);
+CYCBCR_TO_RGB_PLANAR_ENGINE(cycbcr_ToRGBPlanarInt16);
+CYCBCR_TO_RGB_PLANAR_ENGINE(cycbcr_ToRGBPlanarInt16_avx2);
+CYCBCR_TO_RGB_PLANAR_ENGINE(cycbcr_ToRGBPlanarFloat);
+CYCBCR_TO_RGB_PLANAR_ENGINE(cycbcr_10ToRGBPlanarInt);
+CYCBCR_TO_RGB_PLANAR_ENGINE(cycbcr_10ToRGBPlanarInt10);
+CYCBCR_TO_RGB_PLANAR_ENGINE(cycbcr_10ToRGBPlanarInt16);
+CYCBCR_TO_RGB_PLANAR_ENGINE(cycbcr_12ToRGBPlanar);
+CYCBCR_TO_RGB_PLANAR_ENGINE(cycbcr_12ToRGBPlanarInt16);
+
+/* ------------------------------------------------------------------------ */
 /* v210 to RGB                                                               */
 /* ------------------------------------------------------------------------ */
 

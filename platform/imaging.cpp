@@ -1,10 +1,12 @@
 #include "platform/imaging.h"
 
 #include <cstddef>
+#include <cstring>
 
 #include "frame/geometry.h"
 #include "frame/row_walk.h"
 #include "platform/imaging_internal.h"
+#include "platform/memory.h"
 #include "ycbcr8/packed_rows.h"
 
 namespace cycbcr::ipp {
@@ -80,6 +82,37 @@ IppStatus ippiYCrCb420ToCbYCr422_8u_P3C2R(const Ipp8u* pSrc[3], int srcStep[3], 
                    static_cast<size_t>(width) / 2,
                    [](uint32_t r) { return chroma_row(ChromaRows::Shared, r).row; });
     return width == roiSize.width && height == roiSize.height ? ippStsNoErr : ippStsDoubleSize;
+}
+
+IppStatus ippiCopy_8u_C3P3R(const Ipp8u* pSrc, int srcStep, Ipp8u* const pDst[3], int dstStep,
+                            IppiSize roiSize) {
+    const void* const ptrs[] = {pSrc, pDst[0], pDst[1], pDst[2]};
+    if (IppStatus s = check(ptrs, roiSize, 1, 1, {srcStep, dstStep})) return s;
+    const Rows src = rows_of(pSrc, srcStep);
+    const Rows dst[3] = {rows_of(pDst[0], dstStep), rows_of(pDst[1], dstStep),
+                         rows_of(pDst[2], dstStep)};
+    const auto width = static_cast<size_t>(roiSize.width);
+    walk(all_rows(static_cast<uint32_t>(roiSize.height)), [&](uint32_t r) {
+        const Ipp8u* s = src.at(r);
+        Ipp8u *d0 = dst[0].at(r), *d1 = dst[1].at(r), *d2 = dst[2].at(r);
+        for (size_t x = 0; x < width; ++x) {
+            d0[x] = s[3 * x];
+            d1[x] = s[3 * x + 1];
+            d2[x] = s[3 * x + 2];
+        }
+    });
+    return ippStsNoErr;
+}
+
+void* ippMalloc(int length) {
+    if (length <= 0) return nullptr;
+    void* block = QBAlloc(static_cast<size_t>(length));
+    if (block != nullptr) std::memset(block, 0, static_cast<size_t>(length));
+    return block;
+}
+
+void ippFree(void* ptr) {
+    QBFree(ptr);
 }
 
 }  // namespace cycbcr::ipp

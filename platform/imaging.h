@@ -82,4 +82,15 @@ IppStatus ippiSwapChannels_8u_C3IR(Ipp8u* pSrcDst, int srcDstStep, IppiSize roiS
 IppStatus ippiSwapChannels_8u_C4IR(Ipp8u* pSrcDst, int srcDstStep, IppiSize roiSize,
                                    const int dstOrder[4]);
 
+// Byte k of each 3-byte pixel to plane k; one step shared by the three planes.
+// width >= 1, height >= 1.
+IppStatus ippiCopy_8u_C3P3R(const Ipp8u* pSrc, int srcStep, Ipp8u* const pDst[3], int dstStep,
+                            IppiSize roiSize);
+
+// A 64-byte aligned block of `length` bytes, zero-filled (so rows a function
+// leaves untouched read back as 0), or null for a length <= 0 or on failure.
+void* ippMalloc(int length);
+// Frees an ippMalloc block; null does nothing.
+void ippFree(void* ptr);
+
 }  // namespace cycbcr::ipp

@@ -53,6 +53,29 @@ CYCBCR_INLINE Rgb pixel_a(const ToRgbRow<int32_t>& k, uint32_t y, const ChromaA&
     return {a_channel(l + c.r), a_channel(l + c.g), a_channel(l + c.b)};
 }
 
+// Family D: 16 bits a channel. R and B carry 5000 twice of rounding bias, G
+// none; the studio matrices take the luma as Y - 16 whatever their offset and
+// lift the result by 4096, so studio black is 4096.
+struct FamilyD {
+    const ToRgbRow<int64_t>& k;
+    bool studio;
+    struct Chroma {
+        int64_t r, g, b;
+    };
+    CYCBCR_INLINE Chroma chroma(uint32_t cb, uint32_t cr) const {
+        const int64_t u = static_cast<int64_t>(cb) - 128, v = static_cast<int64_t>(cr) - 128;
+        return {k.crToR * v + 5000, -(k.crToG * v) - k.cbToG * u, k.cbToB * u + 5000};
+    }
+    CYCBCR_INLINE uint32_t channel(int64_t sum) const {
+        const int64_t q = sum / 10000 + (studio ? 4096 : 0);
+        return q < 0 ? 0u : q > 65535 ? 65535u : static_cast<uint32_t>(q);
+    }
+    CYCBCR_INLINE Rgb pixel(uint32_t y, const Chroma& c) const {
+        const int64_t l = (static_cast<int64_t>(y) - (studio ? 16 : k.yOffset)) * k.yGain + 5000;
+        return {channel(l + c.r), channel(l - 5000 + c.g), channel(l + c.b)};
+    }
+};
+
 // The depth of a depth argument in bits; false for the depths nothing is
 // written for.
 CYCBCR_INLINE constexpr bool depth_of_bits(uint32_t bits, RgbDepth* d) {
