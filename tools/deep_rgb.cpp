@@ -21,7 +21,7 @@ using PackedFn = unsigned int (*)(uint8_t* dst, const uint8_t* y, const uint8_t*
 using PlanesFn = unsigned int (*)(uint8_t* r, uint8_t* g, uint8_t* b, const uint8_t* y,
                                   const uint8_t* cb, const uint8_t* cr, unsigned int width,
                                   unsigned int height, unsigned int dstPitch, unsigned int srcPitch,
-                                  QBYCBCRMatrix matrix, QBYCBCRRgbType rgbType, unsigned int is422,
+                                  QBYCBCRMatrix matrix, QBYCBCRRgbType rgbType, int32_t is422,
                                   unsigned int planar, unsigned int chromaPitch);
 // (Y, Cb, Cr, source, width, height, Y pitch, chroma pitch, source pitch,
 // matrix, type, bits) or, with `shared_pitch`, without the chroma pitch.
@@ -361,8 +361,9 @@ std::vector<uint8_t> rgb_extra_to_rgb24(RgbExtra extra, QBYCBCRRgbType type,
                     default: {
                         float f;
                         std::memcpy(&f, s + 4 * uint64_t{x}, 4);
-                        const float v = std::isnan(f) ? 0.0f : std::clamp(f, 0.0f, 1.0f);
-                        px[c] = static_cast<uint8_t>(std::lround(v * 255.0f));
+                        // Values on the 8-bit scale.
+                        const float v = std::isnan(f) ? 0.0f : std::clamp(f, 0.0f, 255.0f);
+                        px[c] = static_cast<uint8_t>(std::lround(v));
                     }
                 }
             }
@@ -468,8 +469,11 @@ DeepToRgbConverter::DeepToRgbConverter(const ToRgbMember& member, const Endpoint
     w.call_height = cx_rows_420 != 0 ? height + height % 2 : height;
     const uint32_t sb = member.sample_bytes;
     const uint32_t padded = round_up(std::max(w.call_width, 2u), 32);
-    w.src_pitch = round_up(padded * sb, 64);
-    w.chroma_pitch = w.src_pitch / 2;
+    // Tight source rows: the planar-output engines read rows of exactly the
+    // width one after another whatever the pitches say, and the others step
+    // by the pitches; tight pitches make the two readings one.
+    w.src_pitch = w.call_width * sb;
+    w.chroma_pitch = w.call_width / 2 * sb;
     const uint32_t chroma_rows = w.is422 ? w.call_height : w.call_height / 2;
     w.src_call_rows = {w.call_height, chroma_rows, chroma_rows};
 

@@ -22,9 +22,9 @@ namespace cycbcr_tool {
 // The RGB frames these converters write besides the packed depths of
 // formats.h: three planes R, G, B of width x height samples each, 8-bit
 // ("rgbp8"), 16-bit little-endian words ("rgbp16") or 32-bit floats
-// ("rgbpf"); and "rgb10p", one little-endian 32-bit word per pixel as the
-// library's 10-bit converter packs it (R's top 8 bits in bits 16-23, G's in
-// bits 8-15, B's in bits 0-7, the low bits of each folded in around them).
+// ("rgbpf", on the 8-bit scale, 0 to 255); and "rgb10p", one little-endian 32-bit word per pixel as
+// the library's 10-bit converter packs it (R's top 8 bits in bits 16-23, G's in bits 8-15, B's in
+// bits 0-7, the low bits of each folded in around them).
 enum class RgbExtra { Planes8, Planes16, PlanesFloat, Word10 };
 std::optional<RgbExtra> parse_rgb_extra(std::string_view text);
 const char* rgb_extra_name(RgbExtra extra);
