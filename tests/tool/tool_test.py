@@ -883,7 +883,7 @@ class RgbSource(ToolCase):
                 ("rgb10", "I420", [], "v210 only"),
                 ("rgb10", "v210", ["--rgb-type", "rgba"], "multiple of 6"),
                 ("rgb24", "rgb32", [], "not supported"),
-                ("rgb32f", "NV12", [], "coded formats only"),
+                ("rgb32f", "NV12", [], "no converter from rgb32f"),
                 ("rgb565", "UYVY", [], "not a source"),
                 ("rgb24", "UYVY", ["--matrix", "11"], "0 to 10"),
                 ("rgb24", "UYVY", ["--matrix", "010"], "0 to 10"),
