@@ -1432,15 +1432,18 @@ CYCBCR_V210_TO_RGB_ENGINE(cycbcr_v210ToRGBPlanarSSE16);
  * sample pointers (given as bytes), width, height, dstPitch, srcPitch, matrix,
  * rgbType, is422, planar, depth, chromaPitch.
  *
- * Rows. Every pitch is in bytes and moves the rows: destination rows dstPitch
- * apart (with the bottom-up flag 0x8000 of rgbType source row 0 goes to the
- * last destination row); luma rows srcPitch apart. planar != 0: three planes,
- * pixel pair p takes Y samples 2p and 2p + 1 and Cb, Cr sample p; chroma rows
- * chromaPitch apart, row n for is422 != 0 and row n / 2 (4:2:0, shared by rows
- * 2k and 2k + 1) for is422 == 0. planar == 0: packed 4:2:2 words, pair p takes
- * Y at samples 4p and 4p + 2 and Cb, Cr at 4p from their pointers (e.g. Y, Cb,
- * Cr pointing at words 1, 0, 2 of a Cb Y Cr Y frame); all three pointers move
- * srcPitch a row, is422 and chromaPitch are not read.
+ * Rows. Destination rows are dstPitch bytes apart (with the bottom-up flag
+ * 0x8000 of rgbType source row 0 goes to the last destination row). Source
+ * rows are read one after another, as the 8-bit engine reads them; srcPitch and
+ * chromaPitch move no row (they place planes for planar10ToRGBInt and size the
+ * buffers). planar != 0: three planes, luma rows of exactly width samples,
+ * pixel pair p taking Y samples 2p and 2p + 1 and Cb, Cr sample p of its chroma
+ * row, which starts (n * width) / 2 samples into each chroma plane for 4:2:2
+ * (is422 != 0) and ((n / 2) * width) / 2 for 4:2:0 (rows 2k and 2k + 1 share
+ * one). planar == 0: packed 4:2:2 words, pair p takes Y at samples 4p and
+ * 4p + 2 and Cb, Cr at 4p from their pointers (e.g. Y, Cb, Cr pointing at
+ * words 1, 0, 2 of a Cb Y Cr Y frame), each row starting where the previous
+ * row's last pair ended; is422 is not read.
  *
  * Pixels are converted in pairs sharing one Cb, Cr sample (no interpolation);
  * an odd width still writes and reads its last whole pair: one pixel past the
@@ -1490,22 +1493,22 @@ CYCBCR_V210_TO_RGB_ENGINE(cycbcr_v210ToRGBPlanarSSE16);
  *     in 32-bit arithmetic; returns width * height * 4.
  *
  * planar10ToRGBInt(dst, src, width, height, dstPitch, srcPitch, matrix,
- * rgbType, depth) reads one 10-bit planar 4:2:2 frame: the Y plane at src,
- * rows srcPitch apart; the Cb plane P = srcPitch * height bytes on and the Cr
- * plane P / 2 after it (32-bit products), chroma rows srcPitch / 2 apart, every
- * row its own chroma row.
+ * rgbType, depth) reads one 10-bit planar 4:2:2 frame: the Y plane at src;
+ * the Cb plane P = srcPitch * height bytes on and the Cr plane P / 2 after it
+ * (32-bit products); within each plane rows are read one after another as
+ * above, every row its own chroma row.
  *
  * None of them chooses a processor level; at level 5 on an AVX2 processor the
  * planar layouts run exact vector rows (the same bytes as every other level).
  *
  * Buffer sizes, with pairs = ceil(width / 2) and nothing when width, height or
  * the depth gives nothing to write: dst (height - 1) * dstPitch + 2 * pairs *
- * bytes a pixel; planar: Y (height - 1) * srcPitch + 4 * pairs, Cb and Cr
- * (rows - 1) * chromaPitch + 2 * pairs with rows = height (4:2:2) or
- * ceil(height / 2) (4:2:0); packed: Y (height - 1) * srcPitch + 8 * pairs - 2,
- * Cb and Cr (height - 1) * srcPitch + 8 * pairs - 6; planar10ToRGBInt's src
- * the larger of its Y plane's end and P + P / 2 + (height - 1) * (srcPitch / 2)
- * + 2 * pairs. cycbcr_converter_pointer_sizes() answers these by name (its
+ * bytes a pixel; planar: Y (height - 1) * 2 * width + 4 * pairs, Cb and Cr
+ * 2 * (last + pairs) with last = ((height - 1) * width) / 2 (4:2:2) or
+ * (((height - 1) / 2) * width) / 2 (4:2:0); packed: Y (height - 1) * 8 * pairs
+ * + 8 * pairs - 2, Cb and Cr (height - 1) * 8 * pairs + 8 * pairs - 6;
+ * planar10ToRGBInt's src the larger of its Y plane's end and P + P / 2 +
+ * 2 * (((height - 1) * width) / 2 + pairs). cycbcr_converter_pointer_sizes() answers these by name (its
  * arguments: dstPitch, srcPitch, matrix, rgbType, is422, planar, depth,
  * chromaPitch; for planar10ToRGBInt dstPitch, srcPitch, matrix, rgbType,
  * depth). */

@@ -225,14 +225,18 @@ std::vector<uint8_t> model_frame(const Case& c, const std::vector<uint8_t>& init
         for (uint32_t x = 0; x < 2 * pairs; ++x) {
             const uint32_t p = x / 2;
             uint16_t ys, cbs, crs;
+            // Rows one after another, whatever the pitches: packed rows of four
+            // samples a pair, planar luma rows of width samples, chroma row n at
+            // (n * width) / 2 samples (4:2:2) or ((n / 2) * width) / 2 (4:2:0).
             if (c.planar == 0) {
-                const size_t row = size_t{n} * c.srcPitch;
+                const size_t row = size_t{n} * pairs * 8;
                 ys = word_at(y, row + 2 * (4 * p + 2 * (x % 2)));
                 cbs = word_at(cb, cbAt + row + 8 * p);
                 crs = word_at(cr, crAt + row + 8 * p);
             } else {
-                const size_t crow = size_t{c.is422 ? n : n / 2} * c.chromaPitch;
-                ys = word_at(y, size_t{n} * c.srcPitch + 2 * x);
+                const size_t crow =
+                    (c.is422 ? size_t{n} * c.width / 2 : size_t{n / 2} * c.width / 2) * 2;
+                ys = word_at(y, size_t{n} * c.width * 2 + 2 * x);
                 cbs = word_at(cb, cbAt + crow + 2 * p);
                 crs = word_at(cr, crAt + crow + 2 * p);
             }
@@ -570,12 +574,13 @@ TEST(BufferSizes, EveryMemberAnswered) {
         EXPECT_GT(b[0], 0u) << m.name;
     }
     EXPECT_EQ(0u, cycbcr_converter_pointer_sizes("cycbcr_10ToRGBInt_avx2", 8, 2, args, 8, b));
-    // Planar 4:2:2, 8 x 2, 32-bit: dst 64 + 32, Y 32 + 16, Cb and Cr 16 + 8.
+    // Planar 4:2:2, 8 x 2, 32-bit: dst 64 + 32; rows read one after another
+    // whatever the pitches: Y 16 + 16, Cb and Cr (4 + 4) samples.
     EXPECT_EQ(1u, cycbcr_converter_pointer_sizes("cycbcr_10ToRGBInt", 8, 2, args, 8, b));
     EXPECT_EQ(96u, b[0]);
-    EXPECT_EQ(48u, b[1]);
-    EXPECT_EQ(24u, b[2]);
-    EXPECT_EQ(24u, b[3]);
+    EXPECT_EQ(32u, b[1]);
+    EXPECT_EQ(16u, b[2]);
+    EXPECT_EQ(16u, b[3]);
 }
 
 }  // namespace

@@ -154,9 +154,11 @@ struct HbdArgs {
     uint32_t chromaPitch;
 };
 
-// Output rows down at dstPitch (up with the bottom-up flag); luma rows srcPitch
-// bytes apart; planar chroma rows chromaPitch bytes apart, row n for 4:2:2 and
-// row n / 2 for 4:2:0; packed rows srcPitch apart for all three pointers.
+// Output rows down at dstPitch (up with the bottom-up flag). Source rows are
+// read one after another, as the 8-bit engine reads them: planar luma rows of
+// exactly width samples, chroma row n at (n * width) / 2 samples for 4:2:2 and
+// ((n / 2) * width) / 2 for 4:2:0; packed rows of four samples a pair, each
+// where the previous row's last pair ended. The pitches only place planes.
 template <HbdRule R>
 void run(const HbdArgs& e, HbdOut out, bool avx2) {
     const RgbLayout layout = rgb_layout(e.rgbType);
@@ -171,8 +173,10 @@ void run(const HbdArgs& e, HbdOut out, bool avx2) {
         layout.bottom_up ? rows_up(e.dst, e.dstPitch, e.height) : rows_down(e.dst, e.dstPitch);
     const uint32_t pairs = e.width / 2 + e.width % 2;
     walk(all_rows(e.height), [&](uint32_t n) {
-        const size_t luma = size_t{n} * e.srcPitch;
-        const size_t chroma = packed ? luma : size_t{e.is422 != 0 ? n : n / 2} * e.chromaPitch;
+        const size_t luma = packed ? size_t{n} * pairs * 8 : size_t{n} * e.width * 2;
+        const size_t chroma =
+            packed ? luma
+                   : (e.is422 != 0 ? size_t{n} * e.width / 2 : size_t{n / 2} * e.width / 2) * 2;
         const HbdRowArgs a{rows.at(n), e.y + luma, e.cb + chroma, e.cr + chroma, pairs};
         if (vector)
             vector(a, k, plain);
@@ -265,14 +269,14 @@ bool hbd_to_rgb_pointer_extent(const char* name, const PlaneCall& c, PointerExte
         if (!out8(depth, &o)) return true;
         out[0] = rows_end(0, h, dstPitch, 2 * pairs * bytes8(depth));
         // Y, then Cb at P and Cr at P + P / 2 (P = srcPitch * height in 32 bits),
-        // chroma rows srcPitch / 2 apart.
+        // each plane's rows read one after another as the engine reads them.
         const uint32_t p = srcPitch * c.height;
         const uint64_t crAt = uint64_t{p} + (p >> 1);
-        const uint64_t chroma = rows_end(0, h, srcPitch / 2, 2 * pairs);
-        out[1] = widest(rows_end(0, h, srcPitch, 4 * pairs), widest(p + chroma, crAt + chroma));
+        const uint64_t chroma = 2 * (((h - 1) * w) / 2 + pairs);
+        out[1] = widest(rows_end(0, h, 2 * w, 4 * pairs), widest(p + chroma, crAt + chroma));
         return true;
     }
-    const uint32_t is422 = c.arg(4), planar = c.arg(5), depth = c.arg(6), chromaPitch = c.arg(7);
+    const uint32_t is422 = c.arg(4), planar = c.arg(5), depth = c.arg(6);
     uint64_t bytes;
     HbdOut o;
     switch (found->m) {
@@ -291,13 +295,14 @@ bool hbd_to_rgb_pointer_extent(const char* name, const PlaneCall& c, PointerExte
     }
     out[0] = rows_end(0, h, dstPitch, 2 * pairs * bytes);
     if (planar == 0) {
-        // Y at 4p and 4p + 2, Cb and Cr at 4p: up to sample 4 * pairs - 2 or - 4.
-        out[1] = rows_end(0, h, srcPitch, 2 * (4 * pairs - 1));
-        out[2] = out[3] = rows_end(0, h, srcPitch, 2 * (4 * pairs - 3));
+        // Rows of 4 * pairs samples one after another; Y at 4p and 4p + 2, Cb and
+        // Cr at 4p: up to sample 4 * pairs - 2 or - 4 of the last row.
+        out[1] = rows_end(0, h, 8 * pairs, 2 * (4 * pairs - 1));
+        out[2] = out[3] = rows_end(0, h, 8 * pairs, 2 * (4 * pairs - 3));
     } else {
-        out[1] = rows_end(0, h, srcPitch, 4 * pairs);
-        const uint64_t rows = is422 != 0 ? h : (h + 1) / 2;
-        out[2] = out[3] = rows_end(0, rows, chromaPitch, 2 * pairs);
+        out[1] = rows_end(0, h, 2 * w, 4 * pairs);
+        const uint64_t last = is422 != 0 ? ((h - 1) * w) / 2 : (((h - 1) / 2) * w) / 2;
+        out[2] = out[3] = 2 * (last + pairs);
     }
     return true;
 }
