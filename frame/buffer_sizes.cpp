@@ -182,9 +182,9 @@ extern "C" CYCBCR_API unsigned int cycbcr_converter_buffer_sizes(
     return known ? 1u : 0u;
 }
 
-extern "C" CYCBCR_API unsigned int cycbcr_converter_pointer_sizes(
+extern "C" CYCBCR_API unsigned int cycbcr_converter_all_pointer_sizes(
     const char* name, unsigned int width, unsigned int height, const unsigned int* pitches,
-    unsigned int pitchCount, uint64_t* bytes) {
+    unsigned int pitchCount, uint64_t* bytes, unsigned int bytesCount) {
     using namespace cycbcr;
     PlaneCall c{width, height, {0, 0, 0}};
     for (unsigned int i = 0; pitches != nullptr && i < pitchCount && i < 8; ++i)
@@ -199,6 +199,12 @@ extern "C" CYCBCR_API unsigned int cycbcr_converter_pointer_sizes(
             }
     if (!known) e = {};
     if (bytes != nullptr)
-        for (size_t i = 0; i < e.size(); ++i) bytes[i] = e[i];
+        for (size_t i = 0; i < e.size() && i < bytesCount; ++i) bytes[i] = e[i];
     return known ? 1u : 0u;
+}
+
+extern "C" CYCBCR_API unsigned int cycbcr_converter_pointer_sizes(
+    const char* name, unsigned int width, unsigned int height, const unsigned int* pitches,
+    unsigned int pitchCount, uint64_t* bytes) {
+    return cycbcr_converter_all_pointer_sizes(name, width, height, pitches, pitchCount, bytes, 4);
 }

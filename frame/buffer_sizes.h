@@ -49,7 +49,7 @@ struct PlaneCall {
     uint32_t more[5]{};  // arguments 3-7
     uint32_t arg(unsigned i) const { return i < 3 ? pitch[i] : i < 8 ? more[i - 3] : 0; }
 };
-using PointerExtents = std::array<uint64_t, 4>;
+using PointerExtents = std::array<uint64_t, 6>;
 // A family's answers by converter name: true, with the extents, for a name it
 // owns.
 using PointerExtentOf = bool (*)(const char* name, const PlaneCall& c, PointerExtents& out);

@@ -227,6 +227,13 @@ CYCBCR_API unsigned int cycbcr_converter_pointer_sizes(const char* name, unsigne
                                                        unsigned int height,
                                                        const unsigned int* pitches,
                                                        unsigned int pitchCount, uint64_t* bytes);
+/* The same for every pointer argument, up to six (the converters to three RGB
+ * planes take R, G, B, Y, Cb, Cr): bytes receives bytesCount entries at most. */
+CYCBCR_API unsigned int cycbcr_converter_all_pointer_sizes(const char* name, unsigned int width,
+                                                           unsigned int height,
+                                                           const unsigned int* pitches,
+                                                           unsigned int pitchCount, uint64_t* bytes,
+                                                           unsigned int bytesCount);
 
 /* The converter cycbcr_transcode calls for a YCbCr source and RGB (code 0) as
  * the destination (the 32-bit converters, which take matrix and rgbType), or
@@ -1269,13 +1276,14 @@ CYCBCR_TO_RGB_ENGINE(cycbcr_ToRGBInt16);
  * (height - 1) * dstPitch + ceil(width / 2) * 2 * (bytes a value);
  * bytes[3] the Y pointer: planar (height - 1) * width + ceil(width / 2) * 2
  * samples, packed 4 * ceil(width / 2) * height - 1 samples (times 2 bytes for
- * 10- and 12-bit samples). Cb and Cr (not answered, the query has four slots)
- * reach, in samples: planar 4:2:2 ((height - 1) * width) / 2 + ceil(width /
- * 2), 4:2:0 (((height - 1) / 2) * width) / 2 + ceil(width / 2); packed 4 *
- * ceil(width / 2) * height - 3. On the selector's image-library route bytes[3]
- * is instead the reach from cb, (height - 1) * srcPitch + (width / 2) * 4 (0
- * for srcPitch 0 or a width below 2), the planes (height - 1) * dstPitch +
- * width each, and every answer is 0 when the route touches nothing. */
+ * 10- and 12-bit samples). cycbcr_converter_all_pointer_sizes() also answers
+ * Cb and Cr (bytes[4] and bytes[5]), in samples: planar 4:2:2 ((height - 1) *
+ * width) / 2 + ceil(width / 2), 4:2:0 (((height - 1) / 2) * width) / 2 +
+ * ceil(width / 2); packed 4 * ceil(width / 2) * height - 3. On the selector's
+ * image-library route bytes[3] and bytes[4] are instead the reach from cb,
+ * (height - 1) * srcPitch + (width / 2) * 4 (0 for srcPitch 0 or a width below
+ * 2), bytes[5] 0, the planes (height - 1) * dstPitch + width each, and every
+ * answer is 0 when the route touches nothing. */
 #define CYCBCR_TO_RGB_PLANAR_ENGINE(name)                                                   \
     CYCBCR_API unsigned int name(                                                           \
         uint8_t* dstR, uint8_t* dstG, uint8_t* dstB, const uint8_t* y, const uint8_t* cb,   \
@@ -1508,10 +1516,9 @@ CYCBCR_V210_TO_RGB_ENGINE(cycbcr_v210ToRGBPlanarSSE16);
  * (((height - 1) / 2) * width) / 2 (4:2:0); packed: Y (height - 1) * 8 * pairs
  * + 8 * pairs - 2, Cb and Cr (height - 1) * 8 * pairs + 8 * pairs - 6;
  * planar10ToRGBInt's src the larger of its Y plane's end and P + P / 2 +
- * 2 * (((height - 1) * width) / 2 + pairs). cycbcr_converter_pointer_sizes() answers these by name (its
- * arguments: dstPitch, srcPitch, matrix, rgbType, is422, planar, depth,
- * chromaPitch; for planar10ToRGBInt dstPitch, srcPitch, matrix, rgbType,
- * depth). */
+ * 2 * (((height - 1) * width) / 2 + pairs). cycbcr_converter_pointer_sizes() answers these by name
+ * (its arguments: dstPitch, srcPitch, matrix, rgbType, is422, planar, depth, chromaPitch; for
+ * planar10ToRGBInt dstPitch, srcPitch, matrix, rgbType, depth). */
 CYCBCR_TO_RGB_ENGINE(cycbcr_10ToRGBInt);
 CYCBCR_TO_RGB_ENGINE(cycbcr_10ToRGBInt16);
 CYCBCR_TO_RGB_ENGINE(cycbcr_10ToRGBInt10);

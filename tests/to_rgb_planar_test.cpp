@@ -175,13 +175,21 @@ std::array<uint64_t, 6> sizes_of(const char* name, const Member& m, const Shape&
     EXPECT_EQ(cycbcr_converter_pointer_sizes(name, s.width, s.height, args, 7, answered.data()), 1u)
         << name;
     std::array<uint64_t, 6> sizes{answered[0], answered[1], answered[2], answered[3], 0, 0};
+    std::array<uint64_t, 6> all{};
+    EXPECT_EQ(cycbcr_converter_all_pointer_sizes(name, s.width, s.height, args, 7, all.data(), 6),
+              1u);
+    EXPECT_TRUE(std::equal(answered.begin(), answered.end(), all.begin())) << name;
     if (s.width == 0 || s.height == 0) return sizes;
     const uint64_t w = s.width, h = s.height, pairs = pairs_of(s.width);
     if (s.planar == 0) {
+        // Cb and Cr through their pointers: sample 4p of the last pair.
+        EXPECT_EQ(all[4], (4 * pairs * h - 3) * m.sampleBytes) << name;
         sizes[3] += m.sampleBytes;  // the frame starts one sample before Y
     } else {
         const uint64_t last = s.is422 != 0 ? (h - 1) * w / 2 : ((h - 1) / 2) * w / 2;
         sizes[4] = sizes[5] = (last + pairs) * m.sampleBytes;
+        EXPECT_EQ(all[4], sizes[4]) << name;
+        EXPECT_EQ(all[5], sizes[5]) << name;
     }
     return sizes;
 }

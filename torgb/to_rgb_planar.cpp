@@ -400,7 +400,7 @@ bool to_rgb_planar_pointer_extent(const char* name, const PlaneCall& c, PointerE
         if (size - 1 > 0x7FFFFFFEu) return true;
         if (dstPitch > 0)
             for (int k = 0; k < 3; ++k) out[k] = rows_end(0, h, dstPitch, w);
-        if (srcPitch > 0 && w >= 2) out[3] = rows_end(0, h, srcPitch, (w / 2) * 4);
+        if (srcPitch > 0 && w >= 2) out[3] = out[4] = rows_end(0, h, srcPitch, (w / 2) * 4);
         return true;
     }
     if (w == 0 || h == 0) return true;
@@ -410,6 +410,10 @@ bool to_rgb_planar_pointer_extent(const char* name, const PlaneCall& c, PointerE
     // pair's last four; planar: rows of width samples, the last row's pairs.
     const uint64_t samples = planar == 0 ? 4 * pairs * h - 1 : (h - 1) * w + 2 * pairs;
     out[3] = samples * m->sampleBytes;
+    // Cb and Cr through their own pointers: packed, the last pair's sample 4p;
+    // planar, the last chroma row's pairs.
+    const uint64_t last = is422 != 0 ? (h - 1) * w / 2 : ((h - 1) / 2) * w / 2;
+    out[4] = out[5] = (planar == 0 ? 4 * pairs * h - 3 : last + pairs) * m->sampleBytes;
     return true;
 }
 

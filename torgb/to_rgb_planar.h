@@ -72,8 +72,8 @@ using PlainRowW = void (*)(const RowArgs& a, const ToRgbRow<int32_t>& k);
 using VectorRowW = void (*)(const RowArgs& a, const ToRgbRow<int32_t>& k, PlainRowW tail);
 VectorRowW avx2_row_wide(Source s, Wide w);
 
-// Bytes reached from each of the first four pointers (R, G, B planes, Y) by the
-// members of this family (frame/buffer_sizes.h).
+// Bytes reached from each of the six pointers (R, G, B planes, Y, Cb, Cr) by
+// the members of this family (frame/buffer_sizes.h).
 bool to_rgb_planar_pointer_extent(const char* name, const PlaneCall& c, PointerExtents& out);
 
 }  // namespace cycbcr::colour::planes
