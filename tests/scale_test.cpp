@@ -433,3 +433,50 @@ TEST(Scale100, BufferSizesFollowTheUnpacking) {
 }
 
 }  // namespace
+
+namespace {
+
+// Scale 100 within the answered sizes, with the planes in one buffer where the
+// planar formats put them (so UYVY frames reach the unpacking's AVX2 forms at
+// level 5) and in buffers of their own; level 5 gives level 0's bytes.
+TEST(Scale100, StaysWithinTheAnsweredSizesOnEveryPath) {
+    const Entry entries[] = {
+        {cycbcr_uyvy_scale_planar, "cycbcr_uyvy_scale_planar", false, 100},
+        {cycbcr_012v_scale_planar, "cycbcr_012v_scale_planar", true, 0x20064},
+    };
+    uint32_t seed = 5000;
+    for (const Entry& e : entries)
+        for (uint32_t w : {1u, 2u, 7u, 12u, 13u, 46u, 64u, 198u})
+            for (uint32_t h : {1u, 2u, 3u, 5u, 8u})
+                for (uint32_t full : {0u, 1u}) {
+                    const uint32_t dp = (w + 11) / 12 * 12 + 4;
+                    const uint32_t sp = e.v210 ? 0 : 2 * w + 4;
+                    const Source s = random_source(e.v210, w, h, sp, ++seed);
+                    const unsigned int args[4] = {dp, sp, e.scale, full};
+                    uint64_t b[6] = {};
+                    ASSERT_EQ(cycbcr_converter_all_pointer_sizes(e.name, w, h, args, 4, b, 6), 1u);
+                    // The planes as P422 (4:2:2) or I420 place them.
+                    const uint64_t cbAt = uint64_t{dp} * h;
+                    const uint64_t crAt = cbAt + (full ? cbAt / 2 : cbAt / 4);
+                    const uint64_t total = std::max({b[0], cbAt + b[1], crAt + b[2]});
+                    std::vector<uint8_t> got[2];
+                    for (int level : levels()) {
+                        cycbcr_set_cpu(level);
+                        GuardedBuffer d(total), src(b[3]);
+                        std::memset(d.data(), 0xCD, total);
+                        std::memcpy(src.data(), s.bytes.data(), b[3]);
+                        e.fn(d.data(), d.data() + cbAt, d.data() + crAt, src.data(), w, h, dp, sp,
+                             e.scale, full);
+                        EXPECT_TRUE(d.slack_intact());
+                        got[level == 5].assign(d.data(), d.data() + total);
+                        // Separate planes, each guarded at its own answer.
+                        (void)run(e.fn, e.name, s, {w, h, dp, sp, e.scale, full});
+                    }
+                    if (have_avx2()) {
+                        EXPECT_EQ(got[0], got[1]) << e.name << " " << w << "x" << h << " " << full;
+                    }
+                }
+    cycbcr_set_cpu(5);
+}
+
+}  // namespace
