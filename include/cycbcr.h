@@ -1974,8 +1974,8 @@ CYCBCR_API unsigned int cycbcr_420p16_to_NV12p16_avx2(uint8_t* dst, const uint8_
  * bits, and is422 != 0 asks for a chroma row on every output row (4:2:2), 0 for
  * one on even output rows only (4:2:0), chroma rows carrying one Cb and one Cr
  * per two output pixels. Every path that converts chooses the processor level
- * if none is chosen; at level 5 with AVX2 the reductions by 1.5 run AVX2 row
- * kernels giving the same bytes.
+ * if none is chosen; at level 5 with AVX2 the reductions by 1.5, 2 and 4 run
+ * AVX2 row kernels giving the same bytes.
  *
  * cycbcr_uyvy_scale_planar: scale 100 is cycbcr_toplanar(src + 1, src, src + 2,
  *   Y, Cb, Cr, width, height, dstPitch, srcPitch, is422) and returns its count;

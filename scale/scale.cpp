@@ -51,34 +51,45 @@ void v210_row_1_5(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint
     }
 }
 
-namespace {
-CYCBCR_INLINE uint32_t luma_at(const uint8_t* row, uint32_t pixel) {
-    return v210_sample(row + kV210GroupBytes * (pixel / 6), kGroupY[pixel % 6]);
+void v210_groups_to_samples(uint16_t* dst, const uint8_t* src, uint32_t groups) {
+    for (uint32_t g = 0; g < groups; ++g, src += kV210GroupBytes, dst += 12)
+        for (unsigned w = 0; w < 4; ++w) {
+            const uint32_t word = load_le32(src + 4 * w);
+            for (unsigned k = 0; k < 3; ++k)
+                dst[3 * w + k] = static_cast<uint16_t>(((word >> (10 * k)) & 0x3FF) << 6);
+        }
 }
-CYCBCR_INLINE uint32_t chroma_at(const uint8_t* row, uint32_t pair, const uint8_t (&at)[3]) {
-    return v210_sample(row + kV210GroupBytes * (pair / 3), at[pair % 3]);
-}
-}  // namespace
 
 // Output luma i sits on source pixel step * i: on chroma rows it is the average
 // of the two pixels of that pixel's chroma pair, elsewhere the pixel's own
 // sample. Output chroma c is that of source pixel 2 * step * c, so each output
-// pair takes the chroma under its first pixel. Every sample read lies within
-// the pairs of the first 4 * ceil(W / 4) output pixels, inside the row's whole
-// groups.
+// pair takes the chroma under its first pixel. The row is taken 24 output
+// pixels at a time, from the 4 * step groups under them unpacked to 16-bit
+// samples in address order; reads end with the group of the last output pixel.
 void v210_step_row(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t step,
-                   uint32_t count) {
-    if (cb == nullptr) {
-        for (uint32_t i = 0; i < count; ++i) y[i] = truncate_10to8(luma_at(src, step * i));
-        return;
-    }
-    for (uint32_t i = 0; i < count; ++i) {
-        const uint32_t first = step * i & ~1u;
-        y[i] = static_cast<uint8_t>((luma_at(src, first) + luma_at(src, first + 1)) >> 3);
-    }
-    for (uint32_t c = 0; c < count / 2; ++c) {
-        cb[c] = truncate_10to8(chroma_at(src, step * c, kGroupCb));
-        cr[c] = truncate_10to8(chroma_at(src, step * c, kGroupCr));
+                   uint32_t count, SampleGroups unpack) {
+    constexpr uint32_t kChunk = 24;
+    if (count == 0) return;
+    const uint32_t groups = step * (count - 1) / 6 + 1;
+    uint16_t t[12 * 4 * 4 + 2];  // up to 16 groups, and the unpacker's slack
+    for (uint32_t i0 = 0; i0 < count; i0 += kChunk) {
+        const uint32_t g0 = step * i0 / 6;
+        unpack(t, src + kV210GroupBytes * size_t{g0}, std::min(4 * step, groups - g0));
+        const uint32_t end = std::min(i0 + kChunk, count);
+        if (cb == nullptr) {
+            for (uint32_t i = i0; i < end; ++i)
+                y[i] = static_cast<uint8_t>(t[2 * step * (i - i0) + 1] >> 8);
+            continue;
+        }
+        for (uint32_t i = i0; i < end; ++i) {
+            const uint32_t first = step * (i - i0) & ~1u;
+            y[i] = static_cast<uint8_t>(((t[2 * first + 1] >> 6) + (t[2 * first + 3] >> 6)) >> 3);
+        }
+        for (uint32_t c = i0 / 2; c < end / 2; ++c) {
+            const uint32_t pair = step * (c - i0 / 2);
+            cb[c] = static_cast<uint8_t>(t[4 * pair] >> 8);
+            cr[c] = static_cast<uint8_t>(t[4 * pair + 2] >> 8);
+        }
     }
 }
 
@@ -158,7 +169,10 @@ CYCBCR_INLINE Reduction by_step(uint32_t width, uint32_t height, uint32_t step, 
 unsigned int reduce_by_step(uint8_t* dstY, uint8_t* dstCb, uint8_t* dstCr, const uint8_t* src,
                             uint32_t width, uint32_t height, uint32_t srcPitch, uint32_t scale,
                             unsigned int is422) {
-    entry(OnEntry::ChooseLevel);
+    const bool vector = entry(OnEntry::ChooseLevel).avx2;
+    const SampleGroups unpack =
+        vector ? cycbcr::avx2::v210_groups_to_u16 : plain::v210_groups_to_samples;
+    const auto row = vector ? avx2::v210_step_row : plain::v210_step_row;
     if (height == 0) return 0;
     const uint32_t step = row_step(scale);
     const bool full = is422 != 0;
@@ -170,8 +184,8 @@ unsigned int reduce_by_step(uint8_t* dstY, uint8_t* dstCb, uint8_t* dstCr, const
     const Rows cr = rows_down(dstCr, count / 2);
     walk(all_rows(r.height), [&](uint32_t j) {
         const ChromaRow c = output_chroma_row(full, j);
-        plain::v210_step_row(y.at(j), c.present ? cb.at(c.row) : nullptr,
-                             c.present ? cr.at(c.row) : nullptr, s.at(j * step), step, count);
+        row(y.at(j), c.present ? cb.at(c.row) : nullptr, c.present ? cr.at(c.row) : nullptr,
+            s.at(j * step), step, count, unpack);
     });
     return r.result;
 }

@@ -18,23 +18,31 @@ namespace cycbcr::scale {
 using ReduceRow = void (*)(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src,
                            uint32_t groups);
 
-// One output row of the general v210 reduction by `step`: `count` luma samples
-// (output sample i sits on source pixel step * i) and, when cb is given,
-// count / 2 Cb and Cr samples.
-using StepRow = void (*)(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t step,
-                         uint32_t count);
+// v210 groups unpacked to their twelve samples each in address order, as 16-bit
+// v << 6; may store 4 bytes past the last group.
+using SampleGroups = void (*)(uint16_t* dst, const uint8_t* src, uint32_t groups);
 
 namespace plain {
 void uyvy_row_1_5(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t groups);
 void v210_row_1_5(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t groups);
+// v210 groups to samples (the plain SampleGroups).
+void v210_groups_to_samples(uint16_t* dst, const uint8_t* src, uint32_t groups);
+// One output row of the v210 reduction by `step` (1 to 4): `count` luma samples
+// (output sample i sits on source pixel step * i) and, when cb is given,
+// count / 2 Cb and Cr samples; the groups are unpacked by `unpack` (the AVX2
+// unpacker at level 5, the same samples).
 void v210_step_row(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t step,
-                   uint32_t count);
+                   uint32_t count, SampleGroups unpack);
 }  // namespace plain
 
 namespace avx2 {
 // The same bytes as the plain kernels; the tails are finished by them.
 void uyvy_row_1_5(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t groups);
 void v210_row_1_5(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t groups);
+// Steps 2 and 4 24 output pixels at a time; other steps and the row's last
+// pixels through plain::v210_step_row.
+void v210_step_row(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t step,
+                   uint32_t count, SampleGroups unpack);
 }  // namespace avx2
 
 // The bytes reached from each pointer (Y, Cb, Cr, source) of the scaling
