@@ -271,6 +271,7 @@ int main(int argc, char** argv) {
     cycbcr_bench::register_rgb_to_planar16_benchmarks();
     cycbcr_bench::register_hbd_to_rgb_benchmarks();
     cycbcr_bench::register_to_rgb_planar_benchmarks();
+    cycbcr_bench::register_scale_benchmarks();
     const std::vector<std::string> unclaimed = cycbcr_bench::unclaimed_converters();
     for (const std::string& name : unclaimed)
         std::fprintf(stderr, "cycbcr_bench: listed converter %s\n", name.c_str());

@@ -219,5 +219,6 @@ void register_hbd_planar_benchmarks();
 void register_rgb_to_planar16_benchmarks();
 void register_hbd_to_rgb_benchmarks();
 void register_to_rgb_planar_benchmarks();
+void register_scale_benchmarks();
 
 }  // namespace cycbcr_bench

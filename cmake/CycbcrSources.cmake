@@ -54,4 +54,7 @@ set(CYCBCR_SOURCES
     fromrgb/to_v210_avx2.cpp
     fromrgb/to_planar16.cpp
     fromrgb/to_planar16_avx2.cpp
+
+    scale/scale.cpp
+    scale/scale_avx2.cpp
 )

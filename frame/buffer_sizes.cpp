@@ -7,6 +7,7 @@
 #include "fromrgb/from_rgb.h"
 #include "fromrgb/to_planar16.h"
 #include "fromrgb/to_v210.h"
+#include "scale/scale.h"
 #include "torgb/hbd_to_rgb.h"
 #include "torgb/to_rgb.h"
 #include "torgb/to_rgb_planar.h"
@@ -72,6 +73,7 @@ constexpr PointerExtentOf kPointerFamilies[] = {
     fromrgb::to_planar16_pointer_extent,
     colour::hbd_to_rgb_pointer_extent,
     colour::planes::to_rgb_planar_pointer_extent,
+    scale::scale_pointer_extent,
     // clang-format on
 };
 

@@ -1964,6 +1964,83 @@ CYCBCR_API unsigned int cycbcr_420p16_to_NV12p16_avx2(uint8_t* dst, const uint8_
                                                       unsigned int width, unsigned int height,
                                                       unsigned int dstPitch, unsigned int srcPitch);
 
+/* ------------------------------------------------------------------------ */
+/* Reduced-size planar frames                                                 */
+/* ------------------------------------------------------------------------ */
+
+/* 8-bit Y, Cb and Cr planes reduced from a UYVY or v210 frame in one pass. All
+ * four take (Y plane, Cb plane, Cr plane, source, width, height, dstPitch,
+ * srcPitch, scale, is422); the scale is a percentage compared in its low 16
+ * bits, and is422 != 0 asks for a chroma row on every output row (4:2:2), 0 for
+ * one on even output rows only (4:2:0), chroma rows carrying one Cb and one Cr
+ * per two output pixels. Every path that converts chooses the processor level
+ * if none is chosen; at level 5 with AVX2 the reductions by 1.5, 2 and 4 run
+ * AVX2 row kernels giving the same bytes.
+ *
+ * cycbcr_uyvy_scale_planar: scale 100 is cycbcr_toplanar(src + 1, src, src + 2,
+ *   Y, Cb, Cr, width, height, dstPitch, srcPitch, is422) and returns its count;
+ *   150 is cycbcr_uyvy_scale_planar_1_5; any other scale returns 0 and writes
+ *   nothing.
+ * cycbcr_012v_scale_planar: scale 100 is Fromv210(Y, Cb, Cr, src, width, height,
+ *   dstPitch, srcPitch, is422, 1) and returns its count; 150 is
+ *   cycbcr_012v_scale_planar_1_5; every other scale the reduction by a step.
+ *
+ * Reduction by 1.5 (the _1_5 names; scale and dstPitch not used): output
+ * W = 2 * width / 3 by H = 2 * height / 3. Returns W * H + (W * H) / 2 whatever
+ * is422 says; with 2 * height < 3 it returns at once. Output row j is read from
+ * source row (3j / 2) with its low bit cleared (0, 0, 2, 4, 6, 6, 8, ...). Each
+ * six source pixels give four luma: Y0 with Y1, Y2, Y3 with Y4, Y5, and two of
+ * each chroma: those of pixels 0 and 4. UYVY averages (a + b) >> 1; v210
+ * averages two 10-bit samples as (a + b) >> 3 and keeps single samples' top 8
+ * bits. Rows are written in whole groups, ceil(W / 4) a row (up to three pixels
+ * past W) and packed with no padding: Y rows 4 * ceil(W / 4) bytes, chroma rows
+ * 2 * ceil(W / 4) bytes, H (4:2:2) or ceil(H / 2) (4:2:0) chroma rows. Source
+ * rows: UYVY max(2 * width, srcPitch) apart, v210 max(v210_row_bytes(width),
+ * srcPitch) apart; each row reads ceil(W / 4) whole groups of six pixels (12
+ * UYVY bytes or 16 v210 bytes), up to 6 * ceil(W / 4) pixels.
+ *
+ * Reduction by a step (cycbcr_012v_scale_planar, scales other than 100 and
+ * 150; dstPitch not used): step k = 2 for scale 200, 3 for 300, 4 for 400 and 1
+ * for every other scale. Output W = ceil(width / k) by H = ceil(height / k);
+ * output row j is source row k * j, output pixel i sits on source pixel k * i.
+ * On rows that carry chroma, luma i is the average (a + b) >> 3 of the two
+ * 10-bit luma of the chroma pair holding source pixel k * i (pixels 2m and
+ * 2m + 1, m = k * i / 2), and Cb, Cr of output pair c are the top 8 bits of the
+ * chroma of source pixel 2 * k * c (the chroma under the pair's first pixel); on
+ * luma-only rows luma i is the top 8 bits of source pixel k * i. So scale 400
+ * writes six luma and three of each chroma per 24 source pixels on chroma rows
+ * and three luma per 12 on luma-only rows; scale 200 three luma per six source
+ * pixels. Rows are packed as above: each row writes 4 * ceil(W / 4) luma and
+ * 2 * ceil(W / 4) of each chroma. Height 0 returns 0 and writes nothing;
+ * otherwise the result is n * 2 (4:2:2) or n + n / 2 (4:2:0), with
+ * n = 4 * ceil(W / 4) * H the luma bytes written. Source rows
+ * max(v210_row_bytes(width), srcPitch) apart; every read lies in the row's
+ * natural v210_row_bytes(width).
+ *
+ * Buffer sizes per pointer (Y, Cb, Cr, source; the unsigned arguments after the
+ * height are dstPitch, srcPitch, scale, is422): cycbcr_converter_pointer_sizes()
+ * answers all four names for every scale and level. */
+CYCBCR_API unsigned int cycbcr_uyvy_scale_planar(uint8_t* dstY, uint8_t* dstCb, uint8_t* dstCr,
+                                                 const uint8_t* src, unsigned int width,
+                                                 unsigned int height, unsigned int dstPitch,
+                                                 unsigned int srcPitch, unsigned int scale,
+                                                 unsigned int is422);
+CYCBCR_API unsigned int cycbcr_012v_scale_planar(uint8_t* dstY, uint8_t* dstCb, uint8_t* dstCr,
+                                                 const uint8_t* src, unsigned int width,
+                                                 unsigned int height, unsigned int dstPitch,
+                                                 unsigned int srcPitch, unsigned int scale,
+                                                 unsigned int is422);
+CYCBCR_API unsigned int cycbcr_uyvy_scale_planar_1_5(uint8_t* dstY, uint8_t* dstCb, uint8_t* dstCr,
+                                                     const uint8_t* src, unsigned int width,
+                                                     unsigned int height, unsigned int dstPitch,
+                                                     unsigned int srcPitch, unsigned int scale,
+                                                     unsigned int is422);
+CYCBCR_API unsigned int cycbcr_012v_scale_planar_1_5(uint8_t* dstY, uint8_t* dstCb, uint8_t* dstCr,
+                                                     const uint8_t* src, unsigned int width,
+                                                     unsigned int height, unsigned int dstPitch,
+                                                     unsigned int srcPitch, unsigned int scale,
+                                                     unsigned int is422);
+
 #ifdef __cplusplus
 } /* extern "C" */
 
