@@ -1472,8 +1472,8 @@ class Scale(ToolCase):
 
     def scale(self, src, size, data, *extra):
         inp = self.write("in.raw", data)
-        res = run("scale", "--from", src, "--size", size, "--in", inp, "--out",
-                  self.path("out.raw"), *extra)
+        res = run("scale", "--from", src, "--size", size, "--scale", "150", "--in", inp,
+                  "--out", self.path("out.raw"), *extra)
         self.assertEqual(res.returncode, 0, res.stderr.decode())
         return self.read("out.raw")
 
