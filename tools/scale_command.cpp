@@ -51,11 +51,12 @@ Placement placement(uint32_t scale, bool is422, uint32_t width, uint32_t height,
         p.y_pitch = 4 * ((p.width + 3) / 4);
         p.chroma_pitch = p.y_pitch / 2;
     } else {
+        // Every step-th pixel of every step-th row, rows packed as above.
         const uint32_t step = scale == 200 ? 2 : scale == 300 ? 3 : scale == 400 ? 4 : 1;
-        p.width = width / step;
+        p.width = (width + step - 1) / step;
         p.height = (height + step - 1) / step;
-        p.y_pitch = dst_pitch;
-        p.chroma_pitch = dst_pitch / 2;
+        p.y_pitch = 4 * ((p.width + 3) / 4);
+        p.chroma_pitch = p.y_pitch / 2;
     }
     p.chroma_rows = is422 ? p.height : (p.height + 1) / 2;
     return p;
@@ -89,6 +90,18 @@ int run_scale(Args args) {
             std::to_string(scale));
     }
     const bool is422 = options.has("--422");
+    if (uyvy && scale == 100 && !is422 && options.has("--size")) {
+        uint32_t w = 0, h = 0;
+        parse_size(*options.value("--size"), w, h);
+        if (h % 4 == 3) {
+            // The unpacking keeps the two fields' chroma (rows 0, 3, 4, 7, ...):
+            // such a frame's last chroma row has no source row.
+            throw ToolError(
+                "scale: UYVY at 100 to 4:2:0 leaves the last chroma row unwritten "
+                "at a height of 4n + 3 (" +
+                std::to_string(h) + "); use --422");
+        }
+    }
     uint32_t width = 1920;
     uint32_t height = 1080;
     if (const std::optional<std::string> size = options.value("--size")) {
