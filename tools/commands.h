@@ -15,5 +15,6 @@ int run_convert(Args args);
 int run_cpu(Args args);
 int run_formats(Args args);
 int run_preview(Args args);
+int run_scale(Args args);
 
 }  // namespace cycbcr_tool

@@ -41,6 +41,8 @@ std::string usage_text() {
            "                 [--level N] [--converter NAME]\n"
            "  cycbcr preview --from CODE|NAME|RGB --out FILE.png [--size WxH] [--in FILE]\n"
            "                 [--frame N] [--matrix M] [--rgb-type T] [--bottom-up] [--level N]\n"
+           "  cycbcr scale --from v210|UYVY --scale 100|150|200|300|400 [--422]\n"
+           "               [--size WxH] [--in FILE] [--out FILE] [--level N]\n"
            "  cycbcr formats\n"
            "  cycbcr cpu\n"
            "  cycbcr --help | --version\n"
@@ -113,6 +115,13 @@ std::string usage_text() {
            "         --in: the built-in colour bars (for RGB sources in the depth and\n"
            "         layout given). The PNG file appears only once complete; on any\n"
            "         error none is written.\n"
+           "scale    Reduced-size 8-bit planar frames from v210 or UYVY through the\n"
+           "         library's scaling converters: --scale 150 makes every 3 pixels and\n"
+           "         rows 2, 200/300/400 keep every 2nd/3rd/4th row (v210 only), 100\n"
+           "         unpacks at full size. Output: I420 planes (P422 with --422) of the\n"
+           "         reduced size, which it prints (on stderr with --out); 'cycbcr\n"
+           "         preview --from I420|P422 --size WxH' shows them. UYVY is reduced at\n"
+           "         150 only.\n"
            "formats  Lists the format codes and the pairs this build converts.\n"
            "cpu      Prints the processor feature bits and levels the library goes by.\n"
            "\n"
@@ -193,6 +202,7 @@ int main(int argc, char** argv) {
         if (args[0] == "cpu") return run_cpu(rest);
         if (args[0] == "formats") return run_formats(rest);
         if (args[0] == "preview") return run_preview(rest);
+        if (args[0] == "scale") return run_scale(rest);
         throw ToolError("unknown command '" + std::string(args[0]) + "' (see cycbcr --help)");
     } catch (const ToolError& e) {
         std::fprintf(stderr, "cycbcr: %s\n", e.what());

@@ -1466,6 +1466,85 @@ class ColourConverters(ToolCase):
         self.assertFalse(os.path.exists(self.path("x.raw")))
 
 
+class Scale(ToolCase):
+    """cycbcr scale: the reduction by 1.5 against a model of its rule, the
+    refusals, and the output previewed."""
+
+    def scale(self, src, size, data, *extra):
+        inp = self.write("in.raw", data)
+        res = run("scale", "--from", src, "--size", size, "--scale", "150", "--in", inp,
+                  "--out", self.path("out.raw"), *extra)
+        self.assertEqual(res.returncode, 0, res.stderr.decode())
+        return self.read("out.raw")
+
+    def test_uyvy_reduced_by_one_and_a_half(self):
+        w, h = 12, 7
+        data = self.random_bytes(2 * w * h)
+        for is422 in (False, True):
+            out = self.scale("UYVY", f"{w}x{h}", data, *(["--422"] if is422 else []))
+            W, H = 2 * w // 3, 2 * h // 3
+            cw, ch = -(-W // 2), H if is422 else -(-H // 2)
+            self.assertEqual(len(out), W * H + 2 * cw * ch)
+            ys, cbs, crs = [], [], []
+            for j in range(H):
+                row = data[(((3 * j) >> 1) & ~1) * 2 * w:][:2 * w]
+                luma, cb, cr = [], [], []
+                for g in range(0, w, 6):
+                    b = row[2 * g:2 * g + 12]
+                    Y = [b[1], b[3], b[5], b[7], b[9], b[11]]
+                    luma += [(Y[0] + Y[1]) >> 1, Y[2], (Y[3] + Y[4]) >> 1, Y[5]]
+                    cb += [b[0], b[8]]
+                    cr += [b[2], b[10]]
+                ys.append(bytes(luma[:W]))
+                if is422 or j % 2 == 0:
+                    cbs.append(bytes(cb[:cw]))
+                    crs.append(bytes(cr[:cw]))
+            self.assertEqual(out, b"".join(ys + cbs + crs), is422)
+
+    def test_v210_reduced_by_one_and_a_half(self):
+        w, h = 48, 4
+        samples = [[self.rng.getrandbits(10) for _ in range(2 * w)] for _ in range(h)]
+        data = b"".join(v210_row(row, w) for row in samples)
+        out = self.scale("v210", f"{w}x{h}", data)
+        W, H = 32, 2
+        ys, cbs, crs = [], [], []
+        for j in range(H):
+            s = samples[((3 * j) >> 1) & ~1]
+            luma, cb, cr = [], [], []
+            for g in range(0, 2 * w, 12):
+                b = s[g:g + 12]
+                Y = [b[1], b[3], b[5], b[7], b[9], b[11]]
+                luma += [(Y[0] + Y[1]) >> 3, Y[2] >> 2, (Y[3] + Y[4]) >> 3, Y[5] >> 2]
+                cb += [b[0] >> 2, b[8] >> 2]
+                cr += [b[2] >> 2, b[10] >> 2]
+            ys.append(bytes(luma[:W]))
+            if j % 2 == 0:
+                cbs.append(bytes(cb[:W // 2]))
+                crs.append(bytes(cr[:W // 2]))
+        self.assertEqual(out, b"".join(ys + cbs + crs))
+
+    def test_every_scale_previews(self):
+        for scale in ("100", "150", "200", "300", "400"):
+            res = run("scale", "--from", "v210", "--size", "96x12", "--scale", scale, "--422",
+                      "--out", self.path("s.raw"))
+            self.assertEqual(res.returncode, 0, (scale, res.stderr.decode()))
+            size = re.search(r"-> (\d+x\d+) P422", res.stderr.decode()).group(1)
+            p = run("preview", "--from", "P422", "--size", size, "--in", self.path("s.raw"),
+                    "--out", self.path("s.png"))
+            self.assertEqual(p.returncode, 0, (scale, p.stderr.decode()))
+
+    def test_uyvy_at_other_scales_is_refused(self):
+        for scale in ("200", "300", "400"):
+            res = run("scale", "--from", "UYVY", "--size", "12x6", "--scale", scale, "--out",
+                      self.path("s.raw"))
+            self.assertEqual(res.returncode, 2, scale)
+            self.assertIn("150 only", res.stderr.decode())
+            self.assertEqual(os.listdir(self.dir), [])
+        res = run("scale", "--from", "v210", "--scale", "125", "--out", self.path("s.raw"))
+        self.assertEqual(res.returncode, 2)
+        self.assertEqual(os.listdir(self.dir), [])
+
+
 if __name__ == "__main__":
     TOOL = os.path.abspath(sys.argv.pop(1))
     unittest.main(verbosity=2)
