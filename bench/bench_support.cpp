@@ -18,10 +18,7 @@ namespace {
 
 constexpr uint32_t kAvx2Bit = 0x800000u;
 
-struct FreeDeleter {
-    void operator()(uint8_t* p) const { std::free(p); }
-};
-using Buffer = std::unique_ptr<uint8_t, FreeDeleter>;
+using Buffer = Block;
 
 Buffer aligned_buffer(size_t bytes) {
     const size_t rounded = (bytes + 63) / 64 * 64;
@@ -383,6 +380,19 @@ SummaryRow register_listed(const char* family, const Listed& c, const FrameSize&
     row.level5 = base + "/level5";
     register_converter(row.level5, c.fn, size, shape, 5, true);
     return row;
+}
+
+void FreeDeleter::operator()(uint8_t* p) const {
+    std::free(p);
+}
+
+Block random_block(size_t bytes, uint64_t seed, uint8_t oddMask) {
+    const size_t rounded = (bytes + 4095) / 4096 * 4096;
+    Block b = aligned_buffer(rounded);
+    fill_random(b.get(), rounded, seed);
+    if (oddMask != 0xFF)
+        for (size_t i = 1; i < rounded; i += 2) b.get()[i] &= oddMask;
+    return b;
 }
 
 }  // namespace cycbcr_bench

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,6 +17,16 @@
 #include "frame/formats.h"
 
 namespace cycbcr_bench {
+
+// A 64-byte aligned block of random bytes, rounded up to whole 4 KiB pages so
+// that kernels reading a little past a frame stay inside it. With oddMask, the
+// odd bytes are masked: the high bytes of 16-bit samples, keeping them within
+// a depth.
+struct FreeDeleter {
+    void operator()(uint8_t* p) const;
+};
+using Block = std::unique_ptr<uint8_t, FreeDeleter>;
+Block random_block(size_t bytes, uint64_t seed, uint8_t oddMask = 0xFF);
 
 // The converter signature of the public header; peers and in-place operations
 // are adapted to it so one timed loop serves them all.

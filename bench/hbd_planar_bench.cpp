@@ -29,23 +29,6 @@ namespace {
 
 constexpr const char* kFamily = "hbd planar";
 
-struct FreeDeleter {
-    void operator()(uint8_t* p) const { std::free(p); }
-};
-using Block = std::unique_ptr<uint8_t, FreeDeleter>;
-
-Block block(size_t bytes, uint32_t seed) {
-    const size_t rounded = (bytes + 4095) / 4096 * 4096;
-    auto* p = static_cast<uint8_t*>(std::aligned_alloc(64, rounded));
-    if (p == nullptr) std::abort();
-    uint64_t x = seed;
-    for (size_t i = 0; i < rounded; ++i) {
-        x = x * 6364136223846793005ull + 1442695040888963407ull;
-        p[i] = static_cast<uint8_t>(x >> 56);
-    }
-    return Block(p);
-}
-
 // One frame size's buffers, made on first use: a v210 frame, three planes of 16-
 // bit samples wide enough for 4:4:4, a UYVY frame, and two memcpy buffers.
 struct Frames {
@@ -56,13 +39,13 @@ Frames& frames(const FrameSize& size) {
     Frames& f = all[size.width];
     if (!f.v210) {
         const size_t px = size.pixels();
-        f.v210 = block(frame_bytes(Format::V210, size) + 4096, 1);
-        f.y = block(2 * px + 4096, 2);
-        f.cb = block(2 * px + 4096, 3);
-        f.cr = block(2 * px + 4096, 4);
-        f.uyvy = block(2 * px + 4096, 5);
-        f.copyFrom = block(5 * px, 6);
-        f.copyTo = block(5 * px, 7);
+        f.v210 = random_block(frame_bytes(Format::V210, size) + 4096, 1);
+        f.y = random_block(2 * px + 4096, 2);
+        f.cb = random_block(2 * px + 4096, 3);
+        f.cr = random_block(2 * px + 4096, 4);
+        f.uyvy = random_block(2 * px + 4096, 5);
+        f.copyFrom = random_block(5 * px, 6);
+        f.copyTo = random_block(5 * px, 7);
     }
     return f;
 }

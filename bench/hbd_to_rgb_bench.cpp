@@ -27,23 +27,6 @@ namespace {
 
 constexpr const char* kFamily = "hbd -> RGB";
 
-struct FreeDeleter {
-    void operator()(uint8_t* p) const { std::free(p); }
-};
-using Block = std::unique_ptr<uint8_t, FreeDeleter>;
-
-Block block(size_t bytes, uint32_t seed) {
-    const size_t rounded = (bytes + 4095) / 4096 * 4096;
-    auto* p = static_cast<uint8_t*>(std::aligned_alloc(64, rounded));
-    if (p == nullptr) std::abort();
-    uint64_t x = seed;
-    for (size_t i = 0; i < rounded; ++i) {
-        x = x * 6364136223846793005ull + 1442695040888963407ull;
-        p[i] = static_cast<uint8_t>(x >> 56);
-    }
-    return Block(p);
-}
-
 // One frame size's buffers, made on first use: 4:2:2 planes of 16-bit samples
 // (also read as 4:2:0), one whole 4:2:2 frame, an RGB frame of up to 8 bytes a
 // pixel, and two memcpy buffers.
@@ -55,13 +38,13 @@ Frames& frames(const FrameSize& size) {
     Frames& f = all[size.width];
     if (!f.y) {
         const size_t px = size.pixels();
-        f.y = block(2 * px, 1);
-        f.cb = block(px, 2);
-        f.cr = block(px, 3);
-        f.frame = block(4 * px, 4);
-        f.rgb = block(8 * px, 5);
-        f.copyFrom = block(6 * px, 6);
-        f.copyTo = block(6 * px, 7);
+        f.y = random_block(2 * px, 1);
+        f.cb = random_block(px, 2);
+        f.cr = random_block(px, 3);
+        f.frame = random_block(4 * px, 4);
+        f.rgb = random_block(8 * px, 5);
+        f.copyFrom = random_block(6 * px, 6);
+        f.copyTo = random_block(6 * px, 7);
     }
     return f;
 }

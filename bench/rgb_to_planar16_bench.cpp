@@ -27,23 +27,6 @@ namespace {
 
 constexpr const char* kFamily = "rgb to planar16";
 
-struct FreeDeleter {
-    void operator()(uint8_t* p) const { std::free(p); }
-};
-using Block = std::unique_ptr<uint8_t, FreeDeleter>;
-
-Block block(size_t bytes, uint32_t seed) {
-    const size_t rounded = (bytes + 4095) / 4096 * 4096;
-    auto* p = static_cast<uint8_t*>(std::aligned_alloc(64, rounded));
-    if (p == nullptr) std::abort();
-    uint64_t x = seed;
-    for (size_t i = 0; i < rounded; ++i) {
-        x = x * 6364136223846793005ull + 1442695040888963407ull;
-        p[i] = static_cast<uint8_t>(x >> 56);
-    }
-    return Block(p);
-}
-
 // One frame size's buffers, made on first use: a 64-bit RGB frame (also read
 // as RGB32 and RGB10), three planes wide enough for 4:4:4, two memcpy buffers.
 struct Frames {
@@ -54,12 +37,12 @@ Frames& frames(const FrameSize& size) {
     Frames& f = all[size.width];
     if (!f.rgb) {
         const size_t px = size.pixels();
-        f.rgb = block(8 * px + 4096, 11);
-        f.y = block(2 * px + 4096, 12);
-        f.cb = block(2 * px + 4096, 13);
-        f.cr = block(2 * px + 4096, 14);
-        f.copyFrom = block(7 * px, 15);
-        f.copyTo = block(7 * px, 16);
+        f.rgb = random_block(8 * px + 4096, 11);
+        f.y = random_block(2 * px + 4096, 12);
+        f.cb = random_block(2 * px + 4096, 13);
+        f.cr = random_block(2 * px + 4096, 14);
+        f.copyFrom = random_block(7 * px, 15);
+        f.copyTo = random_block(7 * px, 16);
     }
     return f;
 }

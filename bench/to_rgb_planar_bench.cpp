@@ -25,24 +25,6 @@ namespace {
 
 constexpr const char* kFamily = "planar RGB";
 
-struct FreeDeleter {
-    void operator()(uint8_t* p) const { std::free(p); }
-};
-using Block = std::unique_ptr<uint8_t, FreeDeleter>;
-
-Block block(size_t bytes, uint32_t seed, uint32_t mask = 0xFF) {
-    const size_t rounded = (bytes + 4095) / 4096 * 4096;
-    auto* p = static_cast<uint8_t*>(std::aligned_alloc(64, rounded));
-    if (p == nullptr) std::abort();
-    uint64_t x = seed;
-    for (size_t i = 0; i < rounded; ++i) {
-        x = x * 6364136223846793005ull + 1442695040888963407ull;
-        // Odd bytes of 16-bit samples keep the value within its depth.
-        p[i] = static_cast<uint8_t>((x >> 56) & (i % 2 == 1 ? mask : 0xFF));
-    }
-    return Block(p);
-}
-
 // One frame size's buffers: 8-bit planes (and a UYVY frame), 10-bit and 12-bit
 // planes, three output planes wide enough for floats, and two memcpy buffers.
 struct Frames {
@@ -53,21 +35,21 @@ Frames& frames(const FrameSize& size) {
     Frames& f = all[size.width];
     if (!f.y) {
         const size_t px = size.pixels();
-        f.y = block(px, 1);
-        f.cb = block(px / 2, 2);
-        f.cr = block(px / 2, 3);
-        f.uyvy = block(2 * px, 4);
-        f.y10 = block(2 * px, 5, 0x03);
-        f.cb10 = block(px, 6, 0x03);
-        f.cr10 = block(px, 7, 0x03);
-        f.y12 = block(2 * px, 13, 0x0F);
-        f.cb12 = block(px, 14, 0x0F);
-        f.cr12 = block(px, 15, 0x0F);
-        f.r = block(4 * px, 8);
-        f.g = block(4 * px, 9);
-        f.b = block(4 * px, 10);
-        f.copyFrom = block(8 * px, 11);
-        f.copyTo = block(8 * px, 12);
+        f.y = random_block(px, 1);
+        f.cb = random_block(px / 2, 2);
+        f.cr = random_block(px / 2, 3);
+        f.uyvy = random_block(2 * px, 4);
+        f.y10 = random_block(2 * px, 5, 0x03);
+        f.cb10 = random_block(px, 6, 0x03);
+        f.cr10 = random_block(px, 7, 0x03);
+        f.y12 = random_block(2 * px, 13, 0x0F);
+        f.cb12 = random_block(px, 14, 0x0F);
+        f.cr12 = random_block(px, 15, 0x0F);
+        f.r = random_block(4 * px, 8);
+        f.g = random_block(4 * px, 9);
+        f.b = random_block(4 * px, 10);
+        f.copyFrom = random_block(8 * px, 11);
+        f.copyTo = random_block(8 * px, 12);
     }
     return f;
 }
