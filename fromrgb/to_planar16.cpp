@@ -240,6 +240,32 @@ WordRow word_row(WordRow (*avx2)()) {
     return entry(OnEntry::ReadLevel).avx2 ? avx2() : nullptr;
 }
 
+// The frame of the two 16-bit-word converters with AVX2 rows: each row's vector
+// part (at level 5) first, the rest through the plain `tail` row. Returns the
+// family's count, height * (chromaPitch + 2 * yPitch).
+template <class Px, class Tail>
+unsigned int word_frame(const Px& px, WordRow (*avx2Row)(), Tail&& tail, void* y, void* cb,
+                        void* cr, const void* src, uint32_t width, uint32_t height, uint32_t yPitch,
+                        uint32_t chromaPitch, uint32_t srcPitch, QBYCBCRRgbType rgbType) {
+    const WordRow avx2 = word_row(avx2Row);
+    const uint32_t pixelBytes = 2 * px.l.words;
+    each_row(height, [&](uint32_t r) {
+        const uint8_t* s = source_row(src, r, height, srcPitch, rgbType, 1);
+        uint8_t *dy = plane_row(y, r, yPitch), *dcb = plane_row(cb, r, chromaPitch),
+                *dcr = plane_row(cr, r, chromaPitch);
+        const uint32_t done =
+            avx2 ? avx2({s,
+                         width,
+                         &px.k,
+                         px.l,
+                         {reinterpret_cast<uint16_t*>(dy), reinterpret_cast<uint16_t*>(dcb),
+                          reinterpret_cast<uint16_t*>(dcr)}})
+                 : 0;
+        tail(s, done, width, pixelBytes, px, dy, dcb, dcr);
+    });
+    return static_cast<unsigned int>(uint64_t{height} * (chromaPitch + 2 * uint64_t{yPitch}));
+}
+
 }  // namespace
 }  // namespace cycbcr::fromrgb
 
@@ -271,23 +297,9 @@ CYCBCR_API unsigned int cycbcr_RGB64_to_yuv444p10(void* y, void* cb, void* cr, c
                                                   QBYCBCRRgbType rgbType,
                                                   unsigned int bitsPerPixel) {
     const Word10Sample<512, 1023> px{kV210Rgb8[matrix], word_layout(bitsPerPixel, rgbType)};
-    const WordRow avx2 = word_row(avx2_p10_444_row);
-    const uint32_t pixelBytes = 2 * px.l.words;
-    each_row(height, [&](uint32_t r) {
-        const uint8_t* s = source_row(src, r, height, srcPitch, rgbType, 1);
-        uint8_t *dy = plane_row(y, r, yPitch), *dcb = plane_row(cb, r, chromaPitch),
-                *dcr = plane_row(cr, r, chromaPitch);
-        const uint32_t done =
-            avx2 ? avx2({s,
-                         width,
-                         &px.k,
-                         px.l,
-                         {reinterpret_cast<uint16_t*>(dy), reinterpret_cast<uint16_t*>(dcb),
-                          reinterpret_cast<uint16_t*>(dcr)}})
-                 : 0;
-        row_444(s, done, width, pixelBytes, px, dy, dcb, dcr);
-    });
-    return static_cast<unsigned int>(uint64_t{height} * (chromaPitch + 2 * uint64_t{yPitch}));
+    return word_frame(
+        px, avx2_p10_444_row, [](auto&&... a) { row_444(a...); }, y, cb, cr, src, width, height,
+        yPitch, chromaPitch, srcPitch, rgbType);
 }
 
 CYCBCR_API unsigned int cycbcr_RGB64_to_yuv422p12(void* y, void* cb, void* cr, const void* src,
@@ -297,23 +309,9 @@ CYCBCR_API unsigned int cycbcr_RGB64_to_yuv422p12(void* y, void* cb, void* cr, c
                                                   QBYCBCRRgbType rgbType,
                                                   unsigned int bitsPerPixel) {
     const Word10Sample<2048, 4095> px{kP12Rgb16[matrix], word_layout(bitsPerPixel, rgbType)};
-    const WordRow avx2 = word_row(avx2_p12_422_row);
-    const uint32_t pixelBytes = 2 * px.l.words;
-    each_row(height, [&](uint32_t r) {
-        const uint8_t* s = source_row(src, r, height, srcPitch, rgbType, 1);
-        uint8_t *dy = plane_row(y, r, yPitch), *dcb = plane_row(cb, r, chromaPitch),
-                *dcr = plane_row(cr, r, chromaPitch);
-        const uint32_t done =
-            avx2 ? avx2({s,
-                         width,
-                         &px.k,
-                         px.l,
-                         {reinterpret_cast<uint16_t*>(dy), reinterpret_cast<uint16_t*>(dcb),
-                          reinterpret_cast<uint16_t*>(dcr)}})
-                 : 0;
-        row_422_average(s, done, width, pixelBytes, px, dy, dcb, dcr);
-    });
-    return static_cast<unsigned int>(uint64_t{height} * (chromaPitch + 2 * uint64_t{yPitch}));
+    return word_frame(
+        px, avx2_p12_422_row, [](auto&&... a) { row_422_average(a...); }, y, cb, cr, src, width,
+        height, yPitch, chromaPitch, srcPitch, rgbType);
 }
 
 CYCBCR_API unsigned int cycbcr_RGB64_to_YCbCrPlanar16(void* y, void* cb, void* cr, const void* src,
