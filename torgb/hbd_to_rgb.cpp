@@ -82,21 +82,6 @@ CYCBCR_INLINE void put(uint8_t* d, const Rgb& c) {
         put_pixel<D, O>(d, c, 255);
     }
 }
-CYCBCR_INLINE constexpr uint32_t out_bytes(HbdOut o) {
-    switch (o) {
-        case HbdOut::Rgb555:
-        case HbdOut::Rgb565:
-            return 2;
-        case HbdOut::Rgb24:
-            return 3;
-        case HbdOut::Rgb48:
-            return 6;
-        case HbdOut::Rgb64:
-            return 8;
-        default:
-            return 4;
-    }
-}
 
 template <HbdRule R, HbdOut Out, RgbOrder O, bool Packed>
 void plain_row(const HbdRowArgs& a, const ToRgbRow<int32_t>& k) {

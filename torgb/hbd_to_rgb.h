@@ -54,6 +54,22 @@ struct HbdRowArgs {
 
 // Output forms: the RGB depths of rgb_pixels.h, and the packed 10-bit word.
 enum class HbdOut : uint8_t { Rgb555, Rgb565, Rgb24, Rgb32, Rgb48, Rgb64, Word10 };
+// Bytes of one output pixel.
+CYCBCR_INLINE constexpr size_t out_bytes(HbdOut o) {
+    switch (o) {
+        case HbdOut::Rgb555:
+        case HbdOut::Rgb565:
+            return 2;
+        case HbdOut::Rgb24:
+            return 3;
+        case HbdOut::Rgb48:
+            return 6;
+        case HbdOut::Rgb64:
+            return 8;
+        default:
+            return 4;
+    }
+}
 
 using HbdPlainRow = void (*)(const HbdRowArgs& a, const ToRgbRow<int32_t>& k);
 using HbdVectorRow = void (*)(const HbdRowArgs& a, const ToRgbRow<int32_t>& k, HbdPlainRow tail);

@@ -254,21 +254,6 @@ CYCBCR_INLINE void store(uint8_t* d, const Quotients& q) {
     }
 }
 
-CYCBCR_INLINE constexpr size_t out_bytes(HbdOut o) {
-    switch (o) {
-        case HbdOut::Rgb555:
-        case HbdOut::Rgb565:
-            return 2;
-        case HbdOut::Rgb24:
-            return 3;
-        case HbdOut::Rgb48:
-            return 6;
-        case HbdOut::Rgb64:
-            return 8;
-        default:
-            return 4;
-    }
-}
 
 template <HbdRule R, HbdOut Out, RgbOrder O, bool Stream>
 void row_avx2(const HbdRowArgs& a, const ToRgbRow<int32_t>& k, HbdPlainRow tail) {
