@@ -15,6 +15,7 @@
 
 #include "platform/memory.h"
 #include "torgb/hbd_to_rgb.h"
+#include "torgb/rgb24_avx2.h"
 
 namespace cycbcr::colour {
 namespace {
@@ -175,35 +176,9 @@ CYCBCR_INLINE void store(uint8_t* d, const Quotients& q) {
         else
             store32<Stream>(d, first, g, last, a);
     } else if constexpr (Out == HbdOut::Rgb24) {
-        // Per 128-bit lane, eight pixels of three bytes from the evens and odds
-        // of two packed channels and the third: 16 bytes, then 8.
         const __m256i r = _mm256_packs_epi32(q.re, q.ro), g = _mm256_packs_epi32(q.ge, q.go);
         const __m256i b = _mm256_packs_epi32(q.be, q.bo);
-        const __m256i first = blue_first(O) ? b : r, last = blue_first(O) ? r : b;
-        auto lanes = [](const int8_t(&m)[16]) {
-            return _mm256_setr_epi8(m[0], m[1], m[2], m[3], m[4], m[5], m[6], m[7], m[8], m[9],
-                                    m[10], m[11], m[12], m[13], m[14], m[15], m[0], m[1], m[2],
-                                    m[3], m[4], m[5], m[6], m[7], m[8], m[9], m[10], m[11], m[12],
-                                    m[13], m[14], m[15]);
-        };
-        static constexpr int8_t kHead01[16] = {0,  8, -1, 4,  12, -1, 1,  9,
-                                               -1, 5, 13, -1, 2,  10, -1, 6};
-        static constexpr int8_t kHead2[16] = {-1, -1, 0,  -1, -1, 4,  -1, -1,
-                                              1,  -1, -1, 5,  -1, -1, 2,  -1};
-        static constexpr int8_t kTail01[16] = {14, -1, 3,  11, -1, 7,  15, -1,
-                                               -1, -1, -1, -1, -1, -1, -1, -1};
-        static constexpr int8_t kTail2[16] = {-1, 6,  -1, -1, 3,  -1, -1, 7,
-                                              -1, -1, -1, -1, -1, -1, -1, -1};
-        const __m256i p01 = _mm256_packus_epi16(first, g);
-        const __m256i p2 = _mm256_packus_epi16(last, last);
-        const __m256i head = _mm256_or_si256(_mm256_shuffle_epi8(p01, lanes(kHead01)),
-                                             _mm256_shuffle_epi8(p2, lanes(kHead2)));
-        const __m256i tail = _mm256_or_si256(_mm256_shuffle_epi8(p01, lanes(kTail01)),
-                                             _mm256_shuffle_epi8(p2, lanes(kTail2)));
-        put(d, _mm256_castsi256_si128(head));
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(d + 16), _mm256_castsi256_si128(tail));
-        put(d + 24, _mm256_extracti128_si256(head, 1));
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(d + 40), _mm256_extracti128_si256(tail, 1));
+        avx2_rgb24::store16(d, blue_first(O) ? b : r, g, blue_first(O) ? r : b);
     } else if constexpr (Out == HbdOut::Rgb555 || Out == HbdOut::Rgb565) {
         const __m256i zero = _mm256_setzero_si256(), top = _mm256_set1_epi16(255);
         auto ch = [&](__m256i e, __m256i o) {
@@ -253,7 +228,6 @@ CYCBCR_INLINE void store(uint8_t* d, const Quotients& q) {
         }
     }
 }
-
 
 template <HbdRule R, HbdOut Out, RgbOrder O, bool Stream>
 void row_avx2(const HbdRowArgs& a, const ToRgbRow<int32_t>& k, HbdPlainRow tail) {

@@ -6,6 +6,7 @@
 
 #include "platform/memory.h"
 #include "torgb/family_a_avx2.h"
+#include "torgb/rgb24_avx2.h"
 #include "torgb/to_rgb.h"
 
 namespace cycbcr::colour {
@@ -75,34 +76,7 @@ CYCBCR_INLINE void store_block(uint8_t* d, const Channels& c, __m256i alpha) {
         put16<Stream>(d + 32, _mm256_extracti128_si256(q.lo, 1));
         put16<Stream>(d + 48, _mm256_extracti128_si256(q.hi, 1));
     } else if constexpr (D == RgbDepth::Rgb24) {
-        // Per 128-bit lane, eight pixels of three bytes from the evens and odds
-        // of two packed channels and the third: 16 bytes, then 8.
-        auto lanes = [](const int8_t(&m)[16]) {
-            return _mm256_setr_epi8(m[0], m[1], m[2], m[3], m[4], m[5], m[6], m[7], m[8], m[9],
-                                    m[10], m[11], m[12], m[13], m[14], m[15], m[0], m[1], m[2],
-                                    m[3], m[4], m[5], m[6], m[7], m[8], m[9], m[10], m[11], m[12],
-                                    m[13], m[14], m[15]);
-        };
-        static constexpr int8_t kHead01[16] = {0,  8, -1, 4,  12, -1, 1,  9,
-                                               -1, 5, 13, -1, 2,  10, -1, 6};
-        static constexpr int8_t kHead2[16] = {-1, -1, 0,  -1, -1, 4,  -1, -1,
-                                              1,  -1, -1, 5,  -1, -1, 2,  -1};
-        static constexpr int8_t kTail01[16] = {14, -1, 3,  11, -1, 7,  15, -1,
-                                               -1, -1, -1, -1, -1, -1, -1, -1};
-        static constexpr int8_t kTail2[16] = {-1, 6,  -1, -1, 3,  -1, -1, 7,
-                                              -1, -1, -1, -1, -1, -1, -1, -1};
-        const __m256i p01 = _mm256_packus_epi16(first, c.g);
-        const __m256i p2 = _mm256_packus_epi16(last, last);
-        const __m256i head = _mm256_or_si256(_mm256_shuffle_epi8(p01, lanes(kHead01)),
-                                             _mm256_shuffle_epi8(p2, lanes(kHead2)));
-        const __m256i tail = _mm256_or_si256(_mm256_shuffle_epi8(p01, lanes(kTail01)),
-                                             _mm256_shuffle_epi8(p2, lanes(kTail2)));
-        // Rows of 3-byte pixels are not 16-byte aligned at every block: plain
-        // stores even for large frames.
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm256_castsi256_si128(head));
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(d + 16), _mm256_castsi256_si128(tail));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 24), _mm256_extracti128_si256(head, 1));
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(d + 40), _mm256_extracti128_si256(tail, 1));
+        avx2_rgb24::store16(d, first, c.g, last);
     } else {
         const __m256i zero = _mm256_setzero_si256(), top = _mm256_set1_epi16(255);
         auto clamp = [&](__m256i v) { return _mm256_min_epi16(_mm256_max_epi16(v, zero), top); };
