@@ -30,9 +30,9 @@ namespace {
 constexpr const char* kFamily = "hbd planar";
 
 // One frame size's buffers, made on first use: a v210 frame, three planes of 16-
-// bit samples wide enough for 4:4:4, a UYVY frame, and two memcpy buffers.
+// bit samples wide enough for 4:4:4 and a UYVY frame.
 struct Frames {
-    Block v210, y, cb, cr, uyvy, copyFrom, copyTo;
+    Block v210, y, cb, cr, uyvy;
 };
 Frames& frames(const FrameSize& size) {
     static std::map<unsigned, Frames> all;
@@ -44,23 +44,8 @@ Frames& frames(const FrameSize& size) {
         f.cb = random_block(2 * px + 4096, 3);
         f.cr = random_block(2 * px + 4096, 4);
         f.uyvy = random_block(2 * px + 4096, 5);
-        f.copyFrom = random_block(5 * px, 6);
-        f.copyTo = random_block(5 * px, 7);
     }
     return f;
-}
-
-std::string memcpy_bench(const FrameSize& size, size_t bytes) {
-    const std::string name = "hbd:memcpy/" + size.label() + "/" + std::to_string(bytes) + "B";
-    static std::map<std::string, bool> made;
-    if (made[name]) return name;
-    made[name] = true;
-    FrameCall call = [=](uint8_t*, const uint8_t*) {
-        Frames& f = frames(size);
-        std::memcpy(f.copyTo.get(), f.copyFrom.get(), bytes);
-    };
-    register_call(name, call, size, 2 * bytes, -1, false)->UseRealTime();
-    return name;
 }
 
 // Registers "<name>/<size>/plain" and "/level5" and returns their summary row.
@@ -76,7 +61,7 @@ SummaryRow ours(const std::string& name, const FrameSize& size, size_t moved,
     FrameCall call = [=](uint8_t*, const uint8_t*) { run(frames(size)); };
     register_call(row.plain, call, size, moved, 0, false)->UseRealTime();
     register_call(row.level5, call, size, moved, 5, true)->UseRealTime();
-    row.memcpy = memcpy_bench(size, moved / 2);
+    row.memcpy = memcpy_benchmark(size, moved / 2);
     row.memcpy_target = 0.5;
     return row;
 }

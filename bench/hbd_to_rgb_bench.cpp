@@ -29,9 +29,9 @@ constexpr const char* kFamily = "hbd -> RGB";
 
 // One frame size's buffers, made on first use: 4:2:2 planes of 16-bit samples
 // (also read as 4:2:0), one whole 4:2:2 frame, an RGB frame of up to 8 bytes a
-// pixel, and two memcpy buffers.
+// pixel.
 struct Frames {
-    Block y, cb, cr, frame, rgb, copyFrom, copyTo;
+    Block y, cb, cr, frame, rgb;
 };
 Frames& frames(const FrameSize& size) {
     static std::map<unsigned, Frames> all;
@@ -43,23 +43,8 @@ Frames& frames(const FrameSize& size) {
         f.cr = random_block(px, 3);
         f.frame = random_block(4 * px, 4);
         f.rgb = random_block(8 * px, 5);
-        f.copyFrom = random_block(6 * px, 6);
-        f.copyTo = random_block(6 * px, 7);
     }
     return f;
-}
-
-std::string memcpy_bench(const FrameSize& size, size_t bytes) {
-    const std::string name = "hbdrgb:memcpy/" + size.label() + "/" + std::to_string(bytes) + "B";
-    static std::map<std::string, bool> made;
-    if (made[name]) return name;
-    made[name] = true;
-    FrameCall call = [=](uint8_t*, const uint8_t*) {
-        Frames& f = frames(size);
-        std::memcpy(f.copyTo.get(), f.copyFrom.get(), bytes);
-    };
-    register_call(name, call, size, 2 * bytes, -1, false)->UseRealTime();
-    return name;
 }
 
 // Registers "<name>/<size>/plain" and "/level5" and returns their summary row.
@@ -75,7 +60,7 @@ SummaryRow ours(const std::string& name, const FrameSize& size, size_t moved,
     FrameCall call = [=](uint8_t*, const uint8_t*) { run(frames(size)); };
     register_call(row.plain, call, size, moved, 0, false)->UseRealTime();
     register_call(row.level5, call, size, moved, 5, true)->UseRealTime();
-    row.memcpy = memcpy_bench(size, moved / 2);
+    row.memcpy = memcpy_benchmark(size, moved / 2);
     return row;
 }
 

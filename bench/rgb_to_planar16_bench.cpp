@@ -28,9 +28,9 @@ namespace {
 constexpr const char* kFamily = "rgb to planar16";
 
 // One frame size's buffers, made on first use: a 64-bit RGB frame (also read
-// as RGB32 and RGB10), three planes wide enough for 4:4:4, two memcpy buffers.
+// as RGB32 and RGB10), three planes wide enough for 4:4:4.
 struct Frames {
-    Block rgb, y, cb, cr, copyFrom, copyTo;
+    Block rgb, y, cb, cr;
 };
 Frames& frames(const FrameSize& size) {
     static std::map<unsigned, Frames> all;
@@ -41,23 +41,8 @@ Frames& frames(const FrameSize& size) {
         f.y = random_block(2 * px + 4096, 12);
         f.cb = random_block(2 * px + 4096, 13);
         f.cr = random_block(2 * px + 4096, 14);
-        f.copyFrom = random_block(7 * px, 15);
-        f.copyTo = random_block(7 * px, 16);
     }
     return f;
-}
-
-std::string memcpy_bench(const FrameSize& size, size_t bytes) {
-    const std::string name = "p16:memcpy/" + size.label() + "/" + std::to_string(bytes) + "B";
-    static std::map<std::string, bool> made;
-    if (made[name]) return name;
-    made[name] = true;
-    FrameCall call = [=](uint8_t*, const uint8_t*) {
-        Frames& f = frames(size);
-        std::memcpy(f.copyTo.get(), f.copyFrom.get(), bytes);
-    };
-    register_call(name, call, size, 2 * bytes, -1, false)->UseRealTime();
-    return name;
 }
 
 // Registers "<name>/<size>/plain" and "/level5" and returns their summary row.
@@ -73,7 +58,7 @@ SummaryRow ours(const std::string& name, const FrameSize& size, size_t moved, bo
     FrameCall call = [=](uint8_t*, const uint8_t*) { run(frames(size)); };
     register_call(row.plain, call, size, moved, 0, false)->UseRealTime();
     register_call(row.level5, call, size, moved, 5, true)->UseRealTime();
-    row.memcpy = memcpy_bench(size, moved / 2);
+    row.memcpy = memcpy_benchmark(size, moved / 2);
     return row;
 }
 

@@ -26,9 +26,9 @@ namespace {
 constexpr const char* kFamily = "planar RGB";
 
 // One frame size's buffers: 8-bit planes (and a UYVY frame), 10-bit and 12-bit
-// planes, three output planes wide enough for floats, and two memcpy buffers.
+// planes, three output planes wide enough for floats.
 struct Frames {
-    Block y, cb, cr, uyvy, y10, cb10, cr10, y12, cb12, cr12, r, g, b, copyFrom, copyTo;
+    Block y, cb, cr, uyvy, y10, cb10, cr10, y12, cb12, cr12, r, g, b;
 };
 Frames& frames(const FrameSize& size) {
     static std::map<unsigned, Frames> all;
@@ -48,23 +48,8 @@ Frames& frames(const FrameSize& size) {
         f.r = random_block(4 * px, 8);
         f.g = random_block(4 * px, 9);
         f.b = random_block(4 * px, 10);
-        f.copyFrom = random_block(8 * px, 11);
-        f.copyTo = random_block(8 * px, 12);
     }
     return f;
-}
-
-std::string memcpy_bench(const FrameSize& size, size_t bytes) {
-    const std::string name = "prgb:memcpy/" + size.label() + "/" + std::to_string(bytes) + "B";
-    static std::map<std::string, bool> made;
-    if (made[name]) return name;
-    made[name] = true;
-    FrameCall call = [=](uint8_t*, const uint8_t*) {
-        Frames& f = frames(size);
-        std::memcpy(f.copyTo.get(), f.copyFrom.get(), bytes);
-    };
-    register_call(name, call, size, 2 * bytes, -1, false);
-    return name;
 }
 
 using Engine = unsigned int (*)(uint8_t*, uint8_t*, uint8_t*, const uint8_t*, const uint8_t*,
@@ -99,7 +84,7 @@ SummaryRow ours(const std::string& name, Engine fn, const FrameSize& size, unsig
     };
     register_call(row.plain, call, size, moved, 0, false);
     register_call(row.level5, call, size, moved, 5, true);
-    row.memcpy = memcpy_bench(size, moved / 2);
+    row.memcpy = memcpy_benchmark(size, moved / 2);
     return row;
 }
 
@@ -157,7 +142,7 @@ void register_to_rgb_planar_benchmarks() {
         };
         register_call(s.plain, call, size, moved, 0, false);
         register_call(s.level5, call, size, moved, 5, true);
-        s.memcpy = memcpy_bench(size, moved / 2);
+        s.memcpy = memcpy_benchmark(size, moved / 2);
         add_summary_row(s);
     }
 }
