@@ -28,7 +28,7 @@ namespace {
 constexpr const char* kFamily = "hbd -> RGB";
 
 // One frame size's buffers, made on first use: 4:2:2 planes of 16-bit samples
-// (also read as 4:2:0), one whole 4:2:2 frame, an RGB frame of up to 8 bytes a
+// (also read as 4:2:0), one whole 4:2:2 frame and an RGB frame of up to 8 bytes a
 // pixel.
 struct Frames {
     Block y, cb, cr, frame, rgb;
