@@ -11,6 +11,12 @@ namespace cycbcr_tool {
 using Args = std::span<const std::string_view>;
 
 std::string usage_text();
+
+// The whole command line after the program name: prints the usage, the
+// version or a subcommand's output, reports any error on stderr, and returns
+// the exit status (0 on success, 2 on any error).
+int run_command_line(Args args);
+
 int run_convert(Args args);
 int run_cpu(Args args);
 int run_formats(Args args);
