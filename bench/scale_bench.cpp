@@ -1,5 +1,5 @@
 // Reduced-size planar frames: the reductions by 1.5 of UYVY and v210 and the
-// v210 reductions by 2 and 4, at the plain level and at level 5, against memcpy
+// v210 reductions by 2, 3 and 4, at the plain level and at level 5, against memcpy
 // of the same bytes and libyuv's ScalePlane (box filter) on the three planes of
 // an I420 frame of the same size to the same output size (frame for frame:
 // libyuv filters every source row, we sample some).
@@ -97,6 +97,7 @@ void register_scale_benchmarks() {
         {"uyvy_scale_planar_1_5", cycbcr_uyvy_scale_planar_1_5, false, 150, "uyvy_scale_1_5"},
         {"012v_scale_planar_1_5", cycbcr_012v_scale_planar_1_5, true, 150, "012v_scale_1_5"},
         {"012v_scale_planar", cycbcr_012v_scale_planar, true, 200, "012v_scale_200"},
+        {"012v_scale_planar", cycbcr_012v_scale_planar, true, 300, "012v_scale_300"},
         {"012v_scale_planar", cycbcr_012v_scale_planar, true, 400, "012v_scale_400"},
     };
     for (const FrameSize& size : kFrameSizes)

@@ -39,8 +39,8 @@ namespace avx2 {
 // The same bytes as the plain kernels; the tails are finished by them.
 void uyvy_row_1_5(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t groups);
 void v210_row_1_5(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t groups);
-// Steps 2 and 4 24 output pixels at a time; other steps and the row's last
-// pixels through plain::v210_step_row.
+// Steps 2 and 4 24 output pixels at a time, step 3 16 at a time; other steps
+// and the row's last pixels through plain::v210_step_row.
 void v210_step_row(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t step,
                    uint32_t count, SampleGroups unpack);
 }  // namespace avx2

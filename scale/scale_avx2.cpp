@@ -1,6 +1,7 @@
-// AVX2 row kernels of the reduction by 1.5: eight groups of six source pixels a
-// step into 32 luma, 16 Cb and 16 Cr bytes; the row's last groups go through
-// the plain kernels, so every byte equals theirs.
+// AVX2 row kernels of the reductions: by 1.5, eight groups of six source pixels
+// a step into 32 luma, 16 Cb and 16 Cr bytes; by 2, 3 and 4, eight or sixteen
+// groups a step. The row's last groups go through the plain kernels, so every
+// byte equals theirs.
 #include <immintrin.h>
 
 #include <cstring>
@@ -71,7 +72,7 @@ inline __m256i pack_groups(__m256i g01, __m256i g23, __m256i g45, __m256i g67) {
     return _mm256_permutevar8x32_epi32(p, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7));
 }
 
-// Steps of 2 and 4: per 24 output pixels, four vectors of luma results (three
+// Step 4: per 24 output pixels, four vectors of luma results (three
 // valid dwords a lane, outputs in lane order) and four of chroma results
 // (dwords Cb Cb Cb Cr Cr Cr - -); stores 24 luma and, when cb is given, 12 Cb
 // and 12 Cr bytes.
@@ -118,24 +119,108 @@ inline __m256i luma_results(__m256i a, __m256i b, bool chroma) {
     return chroma ? _mm256_srli_epi32(_mm256_add_epi32(a, b), 3) : _mm256_srli_epi32(a, 2);
 }
 
-// Step 2: two groups (twelve pixels) a vector give output pixels 0, 1, 2 (pairs
-// Y0 Y1, Y2 Y3, Y4 Y5) of each group and the chroma of pairs 0, 2 (first group)
-// and 1 (second).
-inline void step2_chunk(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src) {
-    __m256i luma[4], chroma[4];
-    for (int i = 0; i < 4; ++i) {
-        const __m256i v = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(src + 32 * i));
-        const __m256i a = fields(_mm256_shuffle_epi32(v, _MM_SHUFFLE(3, 3, 1, 0)),
-                                 _mm256_setr_epi32(10, 20, 0, 0, 10, 20, 0, 0));
-        const __m256i b = fields(_mm256_shuffle_epi32(v, _MM_SHUFFLE(3, 3, 2, 1)),
-                                 _mm256_setr_epi32(0, 10, 20, 0, 0, 10, 20, 0));
-        luma[i] = luma_results(a, b, cb != nullptr);
-        chroma[i] = _mm256_srli_epi32(
-            fields(_mm256_permutevar8x32_epi32(v, _mm256_setr_epi32(0, 2, 5, 0, 3, 6, 0, 0)),
-                   _mm256_setr_epi32(0, 20, 10, 20, 10, 0, 0, 0)),
-            2);
+// Step 2: eight groups (48 pixels) give 24 output pixels, on source pixels 0,
+// 2 and 4 of each group, and the chroma of pairs 0 and 2 of the even groups and
+// pair 1 of the odd ones. The groups are loaded so that each lane holds four in
+// a row (0-3 low, 4-7 high): vector k has groups k and k + 4.
+struct Quad {
+    __m256i g[4];
+};
+inline Quad load_quad(const uint8_t* src) {
+    Quad q;
+    for (int k = 0; k < 4; ++k) {
+        const auto* lo = reinterpret_cast<const __m128i*>(src + kGroupBytes * k);
+        q.g[k] = _mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128(lo)),
+                                         _mm_loadu_si128(lo + 4), 1);
     }
-    store_step24(y, cb, cr, luma, chroma);
+    return q;
+}
+// Per lane, from groups a b (x, y) words by index: [xi xj yi yj].
+template <int i, int j>
+inline __m256i words_of(__m256i x, __m256i y) {
+    return _mm256_castps_si256(
+        _mm256_shuffle_ps(_mm256_castsi256_ps(x), _mm256_castsi256_ps(y), _MM_SHUFFLE(j, i, j, i)));
+}
+// Word 3 of the lane's four groups.
+inline __m256i last_words(const Quad& q) {
+    return _mm256_unpackhi_epi64(_mm256_unpackhi_epi32(q.g[0], q.g[1]),
+                                 _mm256_unpackhi_epi32(q.g[2], q.g[3]));
+}
+inline __m256i shifted(__m256i w, int a, int b, int c, int d) {
+    return _mm256_srlv_epi32(w, _mm256_setr_epi32(a, b, c, d, a, b, c, d));
+}
+// Byte 0 of each dword of three vectors (three Y values of groups a..d, in the
+// lane's order a01 a23 b01 b23 | c01 c23 d01 d23 | a45 b45 c45 d45) to the 24
+// output bytes in pixel order.
+inline void store_luma24(uint8_t* y, __m256i s1, __m256i s2, __m256i s3, bool wide) {
+    const __m256i p1 = _mm256_shuffle_epi8(
+        s1, _mm256_setr_epi8(0, 4, -1, 8, 12, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, 0, 4, -1,
+                             8, 12, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1));
+    const __m256i p2 = _mm256_shuffle_epi8(
+        s2, _mm256_setr_epi8(-1, -1, -1, -1, -1, -1, 0, 4, -1, 8, 12, -1, -1, -1, -1, -1, -1, -1,
+                             -1, -1, -1, -1, 0, 4, -1, 8, 12, -1, -1, -1, -1, -1));
+    const __m256i p3 = _mm256_shuffle_epi8(
+        s3, _mm256_setr_epi8(-1, -1, 0, -1, -1, 4, -1, -1, 8, -1, -1, 12, -1, -1, -1, -1, -1, -1, 0,
+                             -1, -1, 4, -1, -1, 8, -1, -1, 12, -1, -1, -1, -1));
+    const __m256i l = _mm256_permutevar8x32_epi32(_mm256_or_si256(_mm256_or_si256(p1, p2), p3),
+                                                  _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 3, 7));
+    if (wide) {
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(y), l);
+    } else {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(y), _mm256_castsi256_si128(l));
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(y + 16), _mm256_extracti128_si256(l, 1));
+    }
+}
+
+template <bool Chroma>
+inline void step2_chunk(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, bool wide) {
+    const Quad q = load_quad(src);
+    const __m256i w3 = last_words(q);
+    const __m256i a1 = words_of<0, 1>(q.g[0], q.g[1]), a2 = words_of<0, 1>(q.g[2], q.g[3]);
+    if (!Chroma) {
+        // Y0, Y2 and Y4 of each group, truncated: fields at 10, 20 and 0, less two bits.
+        store_luma24(y, shifted(a1, 12, 22, 12, 22), shifted(a2, 12, 22, 12, 22),
+                     _mm256_srli_epi32(w3, 2), wide);
+        return;
+    }
+    // Pairs Y0 Y1, Y2 Y3, Y4 Y5 summed from clean 10-bit fields, then >> 3.
+    const __m256i m = _mm256_set1_epi32(0x3FF);
+    const __m256i b1 = words_of<1, 2>(q.g[0], q.g[1]), b2 = words_of<1, 2>(q.g[2], q.g[3]);
+    const auto sum = [&](__m256i a, __m256i b) {
+        return _mm256_srli_epi32(_mm256_add_epi32(_mm256_and_si256(a, m), _mm256_and_si256(b, m)),
+                                 3);
+    };
+    store_luma24(y, sum(shifted(a1, 10, 20, 10, 20), shifted(b1, 0, 10, 0, 10)),
+                 sum(shifted(a2, 10, 20, 10, 20), shifted(b2, 0, 10, 0, 10)),
+                 sum(w3, _mm256_srli_epi32(w3, 20)), wide);
+    // Chroma, truncated: Cb0 Cb4 and Cr0 Cr4 of groups a and c, Cb2 Cr2 of b and d.
+    const __m256i c1 = shifted(words_of<0, 2>(q.g[0], q.g[2]), 2, 22, 2, 22);
+    const __m256i c2 = shifted(words_of<0, 3>(q.g[0], q.g[2]), 22, 12, 22, 12);
+    const __m256i c3 = shifted(words_of<1, 2>(q.g[1], q.g[3]), 12, 2, 12, 2);
+    // Per lane: Cb a0 a4 b2 c0 c4 d2 at bytes 0-5, Cr likewise at 8-13.
+    const __m256i t = _mm256_or_si256(
+        _mm256_or_si256(
+            _mm256_shuffle_epi8(
+                c1, _mm256_setr_epi8(0, 4, -1, 8, 12, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, 0,
+                                     4, -1, 8, 12, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1)),
+            _mm256_shuffle_epi8(
+                c2, _mm256_setr_epi8(-1, -1, -1, -1, -1, -1, -1, -1, 0, 4, -1, 8, 12, -1, -1, -1,
+                                     -1, -1, -1, -1, -1, -1, -1, -1, 0, 4, -1, 8, 12, -1, -1, -1))),
+        _mm256_shuffle_epi8(
+            c3, _mm256_setr_epi8(-1, -1, 0, -1, -1, 8, -1, -1, -1, -1, 4, -1, -1, 12, -1, -1, -1,
+                                 -1, 0, -1, -1, 8, -1, -1, -1, -1, 4, -1, -1, 12, -1, -1)));
+    // The Cb halves to the low lane, the Cr halves to the high one, closed up.
+    const __m256i c = _mm256_shuffle_epi8(
+        _mm256_permute4x64_epi64(t, 0xD8),
+        _mm256_setr_epi8(0, 1, 2, 3, 4, 5, 8, 9, 10, 11, 12, 13, -1, -1, -1, -1, 0, 1, 2, 3, 4, 5,
+                         8, 9, 10, 11, 12, 13, -1, -1, -1, -1));
+    if (wide) {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(cb), _mm256_castsi256_si128(c));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(cr), _mm256_extracti128_si256(c, 1));
+    } else {
+        store12(cb, _mm256_castsi256_si128(c));
+        store12(cr, _mm256_extracti128_si256(c, 1));
+    }
 }
 
 // Step 4: four groups (24 pixels, two vectors) give output pixels on source
@@ -163,22 +248,95 @@ inline void step4_chunk(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src
     store_step24(y, cb, cr, luma, chroma);
 }
 
+// Step 3: eight groups (48 pixels) give 16 output pixels, on source pixels 0
+// and 3 of each group, and the chroma of each group's first pair. Loaded as for
+// step 2: each lane holds four groups in a row.
+template <bool Chroma>
+inline void step3_chunk(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src) {
+    const Quad q = load_quad(src);
+    // Per lane: luma of groups a b at bytes 0-3, of c d at 4-7.
+    const __m256i toLow =
+        _mm256_setr_epi8(0, 4, 8, 12, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, 0, 4, 8, 12,
+                         -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1);
+    const __m256i toHigh =
+        _mm256_setr_epi8(-1, -1, -1, -1, 0, 4, 8, 12, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1,
+                         -1, 0, 4, 8, 12, -1, -1, -1, -1, -1, -1, -1, -1);
+    __m256i l1, l2;
+    if (Chroma) {
+        // Y0 Y1 and Y2 Y3 summed from clean 10-bit fields, then >> 3.
+        const __m256i m = _mm256_set1_epi32(0x3FF);
+        const auto sum = [&](__m256i x, __m256i z) {
+            const __m256i a = _mm256_and_si256(shifted(words_of<0, 1>(x, z), 10, 20, 10, 20), m);
+            const __m256i b = _mm256_and_si256(shifted(words_of<1, 2>(x, z), 0, 10, 0, 10), m);
+            return _mm256_srli_epi32(_mm256_add_epi32(a, b), 3);
+        };
+        l1 = sum(q.g[0], q.g[1]);
+        l2 = sum(q.g[2], q.g[3]);
+    } else {
+        // Y0 and Y3 of each group, truncated: both fields at 10.
+        l1 = _mm256_srli_epi32(words_of<0, 2>(q.g[0], q.g[1]), 12);
+        l2 = _mm256_srli_epi32(words_of<0, 2>(q.g[2], q.g[3]), 12);
+    }
+    __m256i t = _mm256_or_si256(_mm256_shuffle_epi8(l1, toLow), _mm256_shuffle_epi8(l2, toHigh));
+    if (!Chroma) {
+        const __m256i l = _mm256_permute4x64_epi64(t, 0xD8);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(y), _mm256_castsi256_si128(l));
+        return;
+    }
+    // Word 0 of the lane's four groups: Cb0 at 0, Cr0 at 20, truncated.
+    const __m256i w0 = _mm256_unpacklo_epi64(_mm256_unpacklo_epi32(q.g[0], q.g[1]),
+                                             _mm256_unpacklo_epi32(q.g[2], q.g[3]));
+    const __m256i cbBytes = _mm256_shuffle_epi8(
+        _mm256_srli_epi32(w0, 2),
+        _mm256_setr_epi8(-1, -1, -1, -1, -1, -1, -1, -1, 0, 4, 8, 12, -1, -1, -1, -1, -1, -1, -1,
+                         -1, -1, -1, -1, -1, 0, 4, 8, 12, -1, -1, -1, -1));
+    const __m256i crBytes = _mm256_shuffle_epi8(
+        _mm256_srli_epi32(w0, 22),
+        _mm256_setr_epi8(-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, 0, 4, 8, 12, -1, -1, -1,
+                         -1, -1, -1, -1, -1, -1, -1, -1, -1, 0, 4, 8, 12));
+    t = _mm256_or_si256(t, _mm256_or_si256(cbBytes, crBytes));
+    // Lane: luma 0-7, Cb 8-11, Cr 12-15; the lanes' luma, then Cb, then Cr.
+    const __m256i o = _mm256_permutevar8x32_epi32(t, _mm256_setr_epi32(0, 1, 4, 5, 2, 6, 3, 7));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(y), _mm256_castsi256_si128(o));
+    const __m128i c = _mm256_extracti128_si256(o, 1);
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(cb), c);
+    _mm_storeh_pd(reinterpret_cast<double*>(cr), _mm_castsi128_pd(c));
+}
+
 }  // namespace
 
 void v210_step_row(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t step,
                    uint32_t count, SampleGroups unpack) {
     uint32_t i = 0;
-    // 24 output pixels a step, from 8 (step 2) or 16 (step 4) whole groups.
-    if (step == 2 || step == 4)
+    // 24 output pixels a step, from 8 (step 2) or 16 (step 4) whole groups. A
+    // turn with eight more outputs after it may store 32 luma and 16 of each
+    // chroma bytes whole: the next turn, or the plain tail, writes over the rest.
+    if (step == 2) {
+        if (cb != nullptr) {
+            for (; i + 24 <= count; i += 24)
+                step2_chunk<true>(y + i, cb + i / 2, cr + i / 2, src + kGroupBytes * (i / 3),
+                                  i + 32 <= count);
+        } else {
+            for (; i + 24 <= count; i += 24)
+                step2_chunk<false>(y + i, nullptr, nullptr, src + kGroupBytes * (i / 3),
+                                   i + 32 <= count);
+        }
+    } else if (step == 3) {
+        // 16 output pixels a turn, from 8 groups.
+        if (cb != nullptr) {
+            for (; i + 16 <= count; i += 16)
+                step3_chunk<true>(y + i, cb + i / 2, cr + i / 2, src + kGroupBytes * (i / 2));
+        } else {
+            for (; i + 16 <= count; i += 16)
+                step3_chunk<false>(y + i, nullptr, nullptr, src + kGroupBytes * (i / 2));
+        }
+    } else if (step == 4) {
         for (; i + 24 <= count; i += 24) {
-            const uint8_t* s = src + kGroupBytes * size_t{step * i / 6};
             uint8_t* b = cb ? cb + i / 2 : nullptr;
             uint8_t* r = cr ? cr + i / 2 : nullptr;
-            if (step == 2)
-                step2_chunk(y + i, b, r, s);
-            else
-                step4_chunk(y + i, b, r, s);
+            step4_chunk(y + i, b, r, src + kGroupBytes * size_t{step * i / 6});
         }
+    }
     plain::v210_step_row(y + i, cb ? cb + i / 2 : nullptr, cr ? cr + i / 2 : nullptr,
                          src + kGroupBytes * size_t{step * i / 6}, step, count - i, unpack);
 }
