@@ -10,10 +10,12 @@
  *   - 8-bit YCbCr and v210 to packed RGB of 15, 16, 24 and 32 bits per pixel
  *     (NV12 to 32), and to 16-bit channels, floating point and RGB planes;
  *   - high-bit-depth planar YCbCr (10, 12 and 16-bit samples in 16-bit words,
- *     4:2:0, 4:2:2, 4:4:4) to and from v210 and UYVY, and to RGB; the
+ *     4:2:0, 4:2:2, 4:4:4) to and from v210 and UYVY (not every depth both
+ *     ways; each section lists its converters), and to RGB; the
  *     semi-planar NV12 and NV10 to v210 and UYVY, and 4:2:0 planes to NV12p16;
- *   - RGB (24 and 32 bits, 16-bit channels, floats, packed 10-bit) to the 8-bit
- *     YCbCr formats, to v210 and to high-bit-depth planar YCbCr;
+ *   - RGB to 8-bit YCbCr (24 and 32 bits to every format, 16-bit channels to
+ *     UYVY and P422, floats to UYVY), to v210 (also from packed 10-bit) and to
+ *     high-bit-depth planar YCbCr;
  *   - reduced-size 8-bit planar frames from UYVY and v210.
  * Each section below describes one family. Besides the converters: a dispatcher
  * by FourCC code (cycbcr_transcode), a buffer-size query (cycbcr_buffer_sizes

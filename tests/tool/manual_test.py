@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""The cycbcr command against its package: `cycbcr --version` against the
-version lines of the public header, and the manual page against the command's
-own usage text: every subcommand the usage names is described on the page. The
-installed page, its roff and the other installed files are checked by the
-install test (tests/consumer).
+"""The cycbcr command against its package: `cycbcr --version` and the README's
+version line against the version lines of the public header, and the manual
+page against the command's own usage text (every subcommand the usage names is
+described on the page). The installed page, its roff and the other installed
+files are checked by the install test (tests/consumer).
 
 Usage: manual_test.py PATH_TO_CYCBCR PATH_TO_HEADER PATH_TO_PAGE_SOURCE [unittest arguments]
 """
@@ -52,6 +52,13 @@ class Version(unittest.TestCase):
         self.assertEqual(res.returncode, 0, res.stderr)
         self.assertEqual(res.stdout.decode(), "cycbcr %s\n" % header_version())
         self.assertEqual(res.stderr, b"")
+
+
+    def test_readme_names_the_headers_version(self):
+        readme = os.path.join(os.path.dirname(os.path.dirname(HEADER)), "README.md")
+        with open(readme, encoding="utf-8") as f:
+            said = re.findall(r"^Version (\d+\.\d+\.\d+),", f.read(), re.M)
+        self.assertEqual(said, [header_version()])
 
 
 class ManualPage(unittest.TestCase):
