@@ -28,3 +28,13 @@ string(REGEX REPLACE "/$" "" CYCBCR_PC_TO_PREFIX "${CYCBCR_PC_TO_PREFIX}")
 configure_file(cmake/cycbcr.pc.in ${CMAKE_CURRENT_BINARY_DIR}/cycbcr.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/cycbcr.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# The licence, where Debian keeps a package's documents.
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+
+# The command's manual page, with this version in its footer.
+if(CYCBCR_BUILD_TOOLS)
+    configure_file(man/cycbcr.1.in ${CMAKE_CURRENT_BINARY_DIR}/man/cycbcr.1 @ONLY)
+    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/man/cycbcr.1
+        DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+endif()

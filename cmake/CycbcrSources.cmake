@@ -13,6 +13,7 @@ set(CYCBCR_SOURCES
     frame/proc_level.cpp
     frame/dispatch.cpp
     frame/buffer_sizes.cpp
+    frame/version.cpp
 
     ycbcr8/byte_order.cpp
     ycbcr8/byte_order_avx2.cpp

@@ -1,7 +1,28 @@
 /*
- * libcycbcr: uncompressed video frame conversion between YCbCr and RGB formats.
+ * libcycbcr: uncompressed video frame conversion between YCbCr and RGB formats,
+ * one frame per call, from any number of threads, on Linux x86-64.
  *
- * Every converter takes the destination first:
+ * What this version converts (cycbcr_pair_converter and `cycbcr formats` list the
+ * pairs of FourCC codes the installed build converts):
+ *   - every pair among the eight YCbCr formats with FourCC codes: the packed
+ *     8-bit 4:2:2 byte orders UYVY, YUY2, YVYU and cyuv (bottom-up UYVY), the
+ *     planar 8-bit I420, YV12 and P422, and the 10-bit packed 4:2:2 v210;
+ *   - 8-bit YCbCr and v210 to packed RGB of 15, 16, 24 and 32 bits per pixel
+ *     (NV12 to 32), and to 16-bit channels, floating point and RGB planes;
+ *   - high-bit-depth planar YCbCr (10, 12 and 16-bit samples in 16-bit words,
+ *     4:2:0, 4:2:2, 4:4:4) to and from v210 and UYVY (not every depth both
+ *     ways; each section lists its converters), and to RGB; the
+ *     semi-planar NV12 and NV10 to v210 and UYVY, and 4:2:0 planes to NV12p16;
+ *   - RGB to 8-bit YCbCr (24 and 32 bits to every format, 16-bit channels to
+ *     UYVY and P422, floats to UYVY), to v210 (also from packed 10-bit) and to
+ *     high-bit-depth planar YCbCr;
+ *   - reduced-size 8-bit planar frames from UYVY and v210.
+ * Each section below describes one family. Besides the converters: a dispatcher
+ * by FourCC code (cycbcr_transcode), a buffer-size query (cycbcr_buffer_sizes
+ * and the cycbcr_converter_*_sizes calls), the processor level, and the version
+ * (CYCBCR_VERSION_*, cycbcr_version()).
+ *
+ * Every converter between two formats takes the destination first:
  *
  *     unsigned int cycbcr_<src>_to_<dst>(uint8_t* dst, const uint8_t* src,
  *                                        unsigned int width, unsigned int height,
@@ -13,6 +34,20 @@
  * cycbcr_buffer_sizes() answers exactly how many bytes of each buffer the
  * converter of a pair touches. Each returns a byte count whose definition is
  * given with its family (it is not always the bytes written).
+ *
+ * v210 is spelled two ways in names, and a name's spelling follows its family:
+ *   - "012v" in the converters named cycbcr_<src>_to_<dst> and the reductions:
+ *     cycbcr_uyvy_to_012v, cycbcr_012v_to_i420, cycbcr_012v_to_rgb32,
+ *     cycbcr_RGB24_to_012v, cycbcr_yuv422p10_to_012v, cycbcr_012v_to_yuv422p10,
+ *     cycbcr_012v_scale_planar;
+ *   - "v210" in the engines and row kernels (Tov210, Fromv210, Fromv210_16,
+ *     v210FromRGB, cycbcr_v210ToRGBInt, cycbcr_v210to_planar_avx2,
+ *     qb_v210_planar_unpack_*), in v210_row_bytes, and in the one converter
+ *     family that spells it so, the semi-planar sources
+ *     (cycbcr_NV12_to_v210_pitched, cycbcr_NV10_to_v210_pitched, their _avx2).
+ * The two FourCC codes CYCBCR_FOURCC_v210 and CYCBCR_FOURCC_012v name the one
+ * format, and the cycbcr command takes either. To find a v210 converter, search
+ * this header for both spellings, or ask cycbcr_pair_converter() by code.
  *
  * All entry points are safe to call from any number of threads at once; the only
  * process-wide state is the processor level (gdwProcType).
@@ -34,9 +69,43 @@
                                  unsigned int height, unsigned int dstPitch,           \
                                  unsigned int srcPitch)
 
+/* ------------------------------------------------------------------------ */
+/* Version                                                                   */
+/* ------------------------------------------------------------------------ */
+
+/* The version of this header, major.minor.patch. These three lines are the one
+ * place the version is set: the build reads them for the library's file name,
+ * the pkg-config file, the CMake package and `cycbcr --version`. */
+#define CYCBCR_VERSION_MAJOR 1
+#define CYCBCR_VERSION_MINOR 0
+#define CYCBCR_VERSION_PATCH 0
+
+/* A version as one number, (major << 16) | (minor << 8) | patch, ordered as the
+ * versions are: CYCBCR_VERSION >= CYCBCR_MAKE_VERSION(1, 2, 0) tests for 1.2.0
+ * or later at compile time. Minor and patch are below 256. */
+#define CYCBCR_MAKE_VERSION(major, minor, patch) \
+    (((unsigned int)(major) << 16) | ((unsigned int)(minor) << 8) | (unsigned int)(patch))
+#define CYCBCR_VERSION \
+    CYCBCR_MAKE_VERSION(CYCBCR_VERSION_MAJOR, CYCBCR_VERSION_MINOR, CYCBCR_VERSION_PATCH)
+
+/* The version as a string literal, "1.0.0". */
+#define CYCBCR_VERSION_TEXT_(x) #x
+#define CYCBCR_VERSION_TEXT(x) CYCBCR_VERSION_TEXT_(x)
+#define CYCBCR_VERSION_STRING                 \
+    CYCBCR_VERSION_TEXT(CYCBCR_VERSION_MAJOR) \
+    "." CYCBCR_VERSION_TEXT(CYCBCR_VERSION_MINOR) "." CYCBCR_VERSION_TEXT(CYCBCR_VERSION_PATCH)
+
 #ifdef __cplusplus
 extern "C" {
 #endif
+
+/* The version of the library loaded at run time, which may be newer than the
+ * header a program was built with: cycbcr_version() gives "major.minor.patch"
+ * (a static string, "1.0.0" for this version), cycbcr_version_number() the
+ * same as CYCBCR_MAKE_VERSION gives it. The shared library's file name carries
+ * the major version (libcycbcr.so.1). */
+CYCBCR_API const char* cycbcr_version(void);
+CYCBCR_API unsigned int cycbcr_version_number(void);
 
 /* ------------------------------------------------------------------------ */
 /* Format codes                                                              */

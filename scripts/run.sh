@@ -8,8 +8,11 @@ set -euo pipefail
 # shellcheck source=scripts/build_common.sh
 source "$(dirname "${BASH_SOURCE[0]}")/build_common.sh"
 
-bash "$root/scripts/deps.sh"
-configure build -DCMAKE_BUILD_TYPE=Release
+# Only what building the library and the command needs: no tests, no
+# benchmarks, and none of their packages.
+bash "$root/scripts/deps.sh" run
+configure build -DCMAKE_BUILD_TYPE=Release -DCYCBCR_BUILD_TESTS=OFF \
+    -DCYCBCR_BUILD_BENCHMARKS=OFF -DCYCBCR_BUILD_TOOLS=ON
 cmake --build "$root/build" --parallel "$jobs" --target cycbcr_cli
 
 tool=$root/build/tools/cycbcr

@@ -1,9 +1,12 @@
 // The cycbcr command line: its usage text and the choice of subcommand.
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <new>
 #include <string_view>
 #include <vector>
+
+#include <cycbcr.h>
 
 #include "commands.h"
 #include "formats.h"
@@ -28,6 +31,17 @@ std::string code_list() {
         if (code.source_only) text.append(" (source only)");
     }
     return text;
+}
+
+// The command's version is the header's it was built with; a shared library
+// of another version found at run time is named beside it.
+void print_version() {
+    const char* library = cycbcr_version();
+    if (std::strcmp(library, CYCBCR_VERSION_STRING) == 0) {
+        std::puts("cycbcr " CYCBCR_VERSION_STRING);
+    } else {
+        std::printf("cycbcr " CYCBCR_VERSION_STRING " (library %s)\n", library);
+    }
 }
 
 }  // namespace
@@ -188,7 +202,7 @@ int run_command_line(Args args) {
             return 0;
         }
         if (args[0] == "--version") {
-            std::puts("cycbcr " CYCBCR_TOOL_VERSION);
+            print_version();
             return 0;
         }
         const Args rest = args.subspan(1);

@@ -730,7 +730,8 @@ int main(int argc, char** argv) {
     }
     const std::map<std::string, int> ignored = {
         {"gdwProcType", 0},      {"cycbcr_set_cpu", 0},       {"cycbcr_get_cpu", 0},
-        {"cycbcr_cpu_flags", 0}, {"cycbcr_can_transcode", 0}, {"_Z9_fixPitchjjRj", 0}};
+        {"cycbcr_cpu_flags", 0}, {"cycbcr_can_transcode", 0}, {"_Z9_fixPitchjjRj", 0},
+        {"cycbcr_version", 0},   {"cycbcr_version_number", 0}};
     std::string word;
     while (std::cin >> word) g_names.push_back(word);
     int unknown = 0;

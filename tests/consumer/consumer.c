@@ -38,6 +38,28 @@ int main(void) {
 
     check(CYCBCR_FOURCC('Y', 'U', 'Y', '2') == CYCBCR_FOURCC_YUY2, "FourCC macro");
 
+    /* The version: the header's three numbers, its string and number, and the
+     * loaded library's answers all say the same. The script running this
+     * program compares the line printed with the package's other versions. */
+    {
+        char text[40];
+        snprintf(text, sizeof text, "%d.%d.%d", CYCBCR_VERSION_MAJOR, CYCBCR_VERSION_MINOR,
+                 CYCBCR_VERSION_PATCH);
+        check(strcmp(CYCBCR_VERSION_STRING, text) == 0,
+              "CYCBCR_VERSION_STRING is major.minor.patch");
+        check(strcmp(cycbcr_version(), text) == 0, "cycbcr_version() is the header's version");
+        check(CYCBCR_VERSION == CYCBCR_VERSION_MAJOR * 65536u + CYCBCR_VERSION_MINOR * 256u +
+                                    CYCBCR_VERSION_PATCH,
+              "CYCBCR_VERSION packs major, minor, patch");
+        check(cycbcr_version_number() == CYCBCR_VERSION,
+              "cycbcr_version_number() is the header's version");
+        check(CYCBCR_MAKE_VERSION(1, 2, 3) > CYCBCR_MAKE_VERSION(1, 1, 255) &&
+                  CYCBCR_MAKE_VERSION(2, 0, 0) > CYCBCR_MAKE_VERSION(1, 255, 255) &&
+                  CYCBCR_MAKE_VERSION(1, 0, 1) > CYCBCR_MAKE_VERSION(1, 0, 0),
+              "version numbers order as versions do");
+        printf("consumer: version %s\n", cycbcr_version());
+    }
+
     /* The same pair through the lookup, sized by the query: whole frames. */
     {
         uint64_t dstBytes = 0, srcBytes = 0;

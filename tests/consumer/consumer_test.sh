@@ -3,11 +3,16 @@
 # project would: SONAME, the installed command, a C program built through the
 # CMake package and through pkg-config.
 #
+# The package's own files are checked too: the licence, the manual page, and one
+# version everywhere (header, library, pkg-config, CMake package, command).
+#
 # consumer_test.sh CMAKE BUILD_DIR WORK_DIR LIBDIR C_COMPILER GENERATOR SOURCE_DIR VERSION SANITIZE
+#                  TOOLS
 set -euo pipefail
 
 cmake_cmd=$1 build_dir=$2 work=$3 libdir=$4 cc=$5 generator=$6 source_dir=$7 version=$8
-sanitize=$9
+sanitize=$9 tools=${10}
+repo=$(cd "$source_dir/../.." && pwd)
 
 fail() {
     echo "consumer test: $*" >&2
@@ -29,9 +34,57 @@ for f in "$lib" "$prefix/$libdir/libcycbcr.so" "$prefix/include/cycbcr.h" \
     [[ -e $f ]] || fail "not installed: ${f#"$prefix"/}"
 done
 
+step "version: header, project, library file names"
+header_version=
+for part in MAJOR MINOR PATCH; do
+    n=$(sed -n "s/^#define CYCBCR_VERSION_$part \([0-9][0-9]*\)\$/\1/p" "$prefix/include/cycbcr.h")
+    [[ $n =~ ^[0-9]+$ ]] || fail "installed cycbcr.h has no CYCBCR_VERSION_$part number"
+    header_version+=${header_version:+.}$n
+done
+major=${header_version%%.*}
+[[ $header_version == "$version" ]] ||
+    fail "installed header says $header_version, the build's project version is $version"
+[[ -e $prefix/$libdir/libcycbcr.so.$header_version ]] ||
+    fail "no libcycbcr.so.$header_version installed"
+
 step "SONAME"
 soname=$(readelf -d "$lib" | sed -n 's/.*(SONAME).*\[\(.*\)\]/\1/p')
-[[ $soname == libcycbcr.so.1 ]] || fail "SONAME is '$soname', expected libcycbcr.so.1"
+[[ $soname == "libcycbcr.so.$major" ]] || fail "SONAME is '$soname', expected libcycbcr.so.$major"
+[[ $major == 1 ]] || fail "version $header_version: the tests below expect libcycbcr.so.1"
+
+step "licence"
+licence=$prefix/share/doc/cycbcr/LICENSE
+[[ -f $licence ]] || fail "not installed: share/doc/cycbcr/LICENSE"
+cmp -s "$licence" "$repo/LICENSE" || fail "installed LICENSE differs from the repository's"
+grep -q '^MIT License$' "$licence" || fail "LICENSE is not the MIT licence"
+grep -q '^Copyright (c) 2026 the libcycbcr authors$' "$licence" ||
+    fail "LICENSE lacks the copyright line"
+
+if [[ $tools == ON ]]; then
+    step "manual page"
+    page=$prefix/share/man/man1/cycbcr.1
+    [[ -f $page ]] || fail "not installed: share/man/man1/cycbcr.1"
+    grep -q "^\.TH CYCBCR 1 .*\"cycbcr $header_version\"" "$page" ||
+        fail "cycbcr.1 does not carry version $header_version: $(grep '^\.TH' "$page")"
+    grep -q '@[A-Z_]*@' "$page" && fail "cycbcr.1 has an unfilled @VARIABLE@"
+    if command -v groff >/dev/null 2>&1; then
+        # -ww: every warning; -z: format only. Any warning is a fault of the page.
+        warnings=$(groff -man -Tutf8 -ww -z "$page" 2>&1)
+        [[ -z $warnings ]] || fail "groff warns about cycbcr.1:"$'\n'"$warnings"
+        text=$(groff -man -Tutf8 "$page" 2>/dev/null)
+        grep -q 'cycbcr - convert' <<<"$text" || fail "cycbcr.1 shows no NAME line"
+    else
+        echo "groff not found: the page's roff is not checked"
+    fi
+
+    step "installed cycbcr command: version"
+    [[ -x $prefix/bin/cycbcr ]] || fail "not installed: bin/cycbcr"
+    said=$(env -u LD_LIBRARY_PATH "$prefix/bin/cycbcr" --version)
+    [[ $said == "cycbcr $header_version" ]] ||
+        fail "cycbcr --version says '$said', expected 'cycbcr $header_version'"
+elif [[ -e $prefix/bin/cycbcr || -e $prefix/share/man/man1/cycbcr.1 ]]; then
+    fail "built without the command, yet the command or its page is installed"
+fi
 
 if [[ -x $prefix/bin/cycbcr ]]; then
     step "installed cycbcr command finds its library"
@@ -56,12 +109,15 @@ fi
 step "C consumer through find_package(cycbcr)"
 "$cmake_cmd" -S "$source_dir/project" -B "$work/cmake-consumer" -G "$generator" \
     -DCMAKE_C_COMPILER="$cc" -DCMAKE_PREFIX_PATH="$prefix" -DEXPECTED_PREFIX="$prefix" \
+    -DEXPECTED_VERSION="$header_version" \
     -DCONSUMER_SOURCE="$source_dir/consumer.c" >"$work/cmake-consumer.log" 2>&1 ||
     { cat "$work/cmake-consumer.log"; fail "configuring the CMake consumer failed"; }
 "$cmake_cmd" --build "$work/cmake-consumer" >>"$work/cmake-consumer.log" 2>&1 ||
     { cat "$work/cmake-consumer.log"; fail "building the CMake consumer failed"; }
 # The build-tree RPATH CMake sets must lead to the installed library.
-"${run[@]}" "$work/cmake-consumer/consumer"
+"${run[@]}" "$work/cmake-consumer/consumer" | tee "$work/cmake-consumer.out"
+grep -qx "consumer: version $header_version" "$work/cmake-consumer.out" ||
+    fail "the library loaded gives another version than $header_version"
 
 step "C consumer through pkg-config"
 export PKG_CONFIG_PATH=$prefix/$libdir/pkgconfig
@@ -72,7 +128,10 @@ pc_libdir=$("${pc[@]}" --variable=libdir cycbcr)
 [[ $(realpath "$pc_libdir") == $(realpath "$prefix/$libdir") ]] ||
     fail "pkg-config libdir '$pc_libdir' is not in the install prefix"
 pc_version=$("${pc[@]}" --modversion cycbcr)
-[[ $pc_version == "$version" ]] || fail "pkg-config version '$pc_version', expected $version"
+[[ $pc_version == "$header_version" ]] ||
+    fail "pkg-config version '$pc_version', expected $header_version"
+"${pc[@]}" --atleast-version="$header_version" cycbcr ||
+    fail "pkg-config does not take cycbcr.pc as at least $header_version"
 # shellcheck disable=SC2046
 "$cc" -std=c11 -Wall -Wextra -pedantic -Werror -o "$work/consumer-pc" \
     $("${pc[@]}" --cflags cycbcr) "$source_dir/consumer.c" $("${pc[@]}" --libs cycbcr) \
