@@ -50,7 +50,10 @@
  * this header for both spellings, or ask cycbcr_pair_converter() by code.
  *
  * All entry points are safe to call from any number of threads at once; the only
- * process-wide state is the processor level (gdwProcType).
+ * process-wide state is the processor level (gdwProcType). One converter changes
+ * it: cycbcr_yuv420p16_to_012v_avx2 sets the level to 0 for the length of its
+ * call, so conversions that other threads start meanwhile take their plain paths
+ * (and the bytes of those paths, where a converter's forms differ).
  */
 #ifndef CYCBCR_H
 #define CYCBCR_H
