@@ -1817,6 +1817,32 @@ class Compare(ToolCase):
         self.assert_planes(frames[0], names, uyvy_planes(uyvy, w, h), uyvy_planes(yuv, w, h),
                            [255] * 3)
 
+    def test_v210_against_its_8bit_frame_by_the_rounding_rule(self):
+        # Y samples on the rounding edges, chroma 512: at level 0 the UYVY
+        # frame holds 128, 129, 255, 255, 255, 255 (saturating), which widen
+        # back (v << 2) to 512, 516, 1020, ...: differences 1, 2, 0, 1, 2, 3.
+        ys = [513, 514, 1020, 1021, 1022, 1023]
+        v210 = v210_row([v for i in (0, 2, 4) for v in (512, ys[i], 512, ys[i + 1])], 6) * 4
+        self.SIZE = "6x4"
+        uyvy = self.convert("v210", "UYVY", self.SIZE, v210, "--level", "0")
+        status, frames, head, summary = self.compare(v210, uyvy, "v210", "--format-b", "UYVY",
+                                                     status=1)
+        self.assertEqual(head, "v210 vs UYVY 6x4 (UYVY converted to v210)")
+        self.assertEqual(frames[0]["max-diff"], "3")
+        self.assert_psnr(frames[0]["Y"], psnr(19 / 1023 ** 2, 6))
+        self.assertEqual((frames[0]["Cb"], frames[0]["Cr"]), ("inf", "inf"))
+        # All 48 samples of the frame count overall: 24 Y, 12 Cb, 12 Cr.
+        self.assert_psnr(frames[0]["overall"], psnr(4 * 19 / 1023 ** 2, 48))
+        self.compare(v210, uyvy, "v210", "--format-b", "UYVY", "--max-diff", "3", status=0)
+        # The other way round the v210 frame is rounded to 8 bits, at the
+        # level asked for: the same frame at level 0; at level 5, where 1022
+        # and 1023 wrap to 0, differences of 255.
+        self.compare(uyvy, v210, "UYVY", "--format-b", "v210", "--level", "0", status=0)
+        if chosen_level() == 5:
+            status, frames, head, summary = self.compare(uyvy, v210, "UYVY", "--format-b",
+                                                         "v210", "--level", "5", status=1)
+            self.assertEqual(summary["max-diff"], "255")
+
     def test_bad_input_exits_2_with_a_message(self):
         w, h = self.W, self.H
         frame = self.random_bytes(w * h * 2)
