@@ -17,6 +17,7 @@ std::string usage_text();
 // the exit status (0 on success, 2 on any error).
 int run_command_line(Args args);
 
+int run_compare(Args args);
 int run_convert(Args args);
 int run_cpu(Args args);
 int run_formats(Args args);

@@ -10,6 +10,7 @@ from RGB sources against the library and the standards in from_rgb_test.)
 
 Usage: tool_test.py PATH_TO_CYCBCR [unittest arguments]
 """
+import math
 import os
 import pty
 import random
@@ -1543,6 +1544,341 @@ class Scale(ToolCase):
         res = run("scale", "--from", "v210", "--scale", "125", "--out", self.path("s.raw"))
         self.assertEqual(res.returncode, 2)
         self.assertEqual(os.listdir(self.dir), [])
+
+
+
+def psnr(weighted, samples):
+    """10 log10(samples / weighted), where weighted sums each squared
+    difference over its plane's peak squared; inf when nothing differs."""
+    return math.inf if weighted == 0 else 10 * math.log10(samples / weighted)
+
+
+def uyvy_planes(data, width, height):
+    """The Y, Cb, Cr samples of a UYVY frame of even width, each plane a flat
+    list, rows top first."""
+    y, cb, cr = [], [], []
+    for i in range(0, width * height * 2, 4):
+        cb.append(data[i])
+        y += [data[i + 1], data[i + 3]]
+        cr.append(data[i + 2])
+    return [y, cb, cr]
+
+
+class Compare(ToolCase):
+    """cycbcr compare: the PSNR and differences it prints against the same
+    worked out here from the files' samples, its exit statuses, and which
+    file it converts to the other's format."""
+
+    # A height of whole 4-row groups: the library's 4:2:0 chroma rows serve
+    # rows of two interlaced fields.
+    W, H = 14, 8
+    SIZE = "14x8"
+
+    def compare(self, a, b, fmt, *extra, status=None):
+        """Runs compare on two byte strings; returns the status, the frame
+        lines' fields and the summary line (its text before the colon and its
+        fields)."""
+        res = run("compare", self.write("a.raw", a), self.write("b.raw", b), "--format", fmt,
+                  "--size", self.SIZE, *extra)
+        self.assertIn(res.returncode, (0, 1), res.stderr.decode())
+        if status is not None:
+            self.assertEqual(res.returncode, status, res.stdout.decode())
+        self.assertEqual(res.stderr, b"")
+        lines = res.stdout.decode().splitlines()
+        frames = []
+        for n, line in enumerate(lines[:-1]):
+            m = re.fullmatch(r"frame (\d+): (.*)", line)
+            self.assertTrue(m, line)
+            self.assertEqual(int(m.group(1)), n)
+            frames.append(dict(re.findall(r"([\w-]+)=(\S+)", m.group(2))))
+        head, _, rest = lines[-1].partition(": ")
+        return res.returncode, frames, head, dict(re.findall(r"([\w-]+)=(\S+)", rest))
+
+    def assert_psnr(self, text, want, what=""):
+        if want == math.inf:
+            self.assertEqual(text, "inf", what)
+        else:
+            self.assertRegex(text, r"^-?\d+\.\d\d$", what)
+            self.assertLessEqual(abs(float(text) - want), 0.005 + 1e-9, (what, text, want))
+
+    def assert_planes(self, fields, names, a_planes, b_planes, peaks, copies=1):
+        """The PSNR of each plane and overall and the largest difference of
+        planes a against b (each plane's errors counted `copies` times, as in
+        a summary over that many equal frames). Returns the overall PSNR."""
+        weighted, samples, largest = 0.0, 0, 0
+        for name, pa, pb, peak in zip(names, a_planes, b_planes, peaks):
+            self.assertEqual(len(pa), len(pb))
+            sq = sum((x - y) ** 2 for x, y in zip(pa, pb)) * copies
+            n = len(pa) * copies
+            self.assert_psnr(fields[name], psnr(sq / peak ** 2, n), name)
+            weighted += sq / peak ** 2
+            samples += n
+            largest = max([largest] + [abs(x - y) for x, y in zip(pa, pb)])
+        self.assertEqual(int(fields["max-diff"]), largest)
+        return psnr(weighted, samples)
+
+    def test_identical_files_exit_0_with_inf(self):
+        w, h = self.W, self.H
+        cases = [("UYVY", w * h * 2, ["Y", "Cb", "Cr"]),
+                 ("yuv420p16", 2 * (w * h + 2 * 7 * 4), ["Y", "Cb", "Cr"]),
+                 ("rgb24", w * h * 3, ["R", "G", "B"])]
+        for fmt, frame_bytes, names in cases:
+            data = self.random_bytes(3 * frame_bytes)
+            status, frames, head, summary = self.compare(data, bytes(data), fmt, status=0)
+            self.assertEqual(len(frames), 3, fmt)
+            for f in frames:
+                self.assertEqual(list(f), names + ["overall", "max-diff"], fmt)
+                self.assertEqual(set(f.values()), {"inf", "0"}, fmt)
+            self.assertEqual(head, f"{fmt} vs {fmt} {self.SIZE}")
+            self.assertEqual(summary, {"frames": "3", **{n: "inf" for n in names},
+                                       "mean": "inf", "min": "inf", "max-diff": "0"})
+
+    def test_changed_samples_give_their_psnr_and_difference(self):
+        w, h = self.W, self.H
+        cw = w // 2
+
+        def uyvy():
+            frame = bytearray(self.random_bytes(w * h * 2))
+            changed = bytearray(frame)
+            at = 3 * w * 2 + 4 * 5 + 2  # row 3, pair 5, Cr
+            changed[at] = (frame[at] + 77) % 256
+            return ("UYVY", [], frame, changed, ["Y", "Cb", "Cr"], [255] * 3,
+                    lambda f: uyvy_planes(f, w, h))
+
+        def yuv422p10():
+            values = [self.rng.getrandbits(10) for _ in range(w * h + 2 * cw * h)]
+            changed = list(values)
+            changed[2 * w + 9] ^= 0x2A5  # Y of row 2, pixel 9
+            split = lambda f: [words(f)[:w * h], words(f)[w * h:w * h + cw * h],
+                               words(f)[w * h + cw * h:]]
+            return ("yuv422p10", [], word_bytes(values), word_bytes(changed), ["Y", "Cb", "Cr"],
+                    [1023] * 3, split)
+
+        def v210():
+            # Samples in address order, Cb Y Cr Y per pixel pair, padded with
+            # zeros to whole 6-pixel groups.
+            rows = [[self.rng.getrandbits(10) for _ in range(4 * cw)] + [0] * 8
+                    for _ in range(h)]
+            changed = [list(r) for r in rows]
+            changed[4][4 * 6] ^= 0x3FF  # Cb of row 4, pair 6 (pixels 12 and 13)
+
+            def pack(rs):
+                return b"".join(v210_row(r, w) for r in rs)
+
+            def split(f):
+                planes = [[], [], []]
+                for r in range(h):
+                    s, _ = v210_samples(f[r * 128:(r + 1) * 128])
+                    for p in range(cw):
+                        planes[1].append(s[4 * p])
+                        planes[0] += [s[4 * p + 1], s[4 * p + 3]]
+                        planes[2].append(s[4 * p + 2])
+                return planes
+            return ("v210", [], pack(rows), pack(changed), ["Y", "Cb", "Cr"], [1023] * 3, split)
+
+        def rgb48():
+            values = [self.rng.getrandbits(16) for _ in range(3 * w * h)]
+            changed = list(values)
+            changed[3 * (w + 4) + 1] ^= 0x8421  # G of row 1, pixel 4
+            split = lambda f: [words(f)[2::3], words(f)[1::3], words(f)[0::3]]  # B G R
+            return ("rgb48", [], word_bytes(values), word_bytes(changed), ["R", "G", "B"],
+                    [65535] * 3, split)
+
+        def rgb565():
+            # rgba: red in the top 5 bits, then 6 of green, 5 of blue. Two
+            # channels of one pixel change, by 5 (green, of 63) and 3 (blue,
+            # of 31): the overall PSNR weighs each by its own peak.
+            values = [self.rng.getrandbits(16) for _ in range(w * h)]
+            changed = list(values)
+            values[20] = 10 << 11 | 20 << 5 | 7
+            changed[20] = 10 << 11 | 25 << 5 | 10
+            split = lambda f: [[v >> 11 for v in words(f)], [v >> 5 & 63 for v in words(f)],
+                               [v & 31 for v in words(f)]]
+            return ("rgb565", ["--rgb-type", "rgba"], word_bytes(values), word_bytes(changed),
+                    ["R", "G", "B"], [31, 63, 31], split)
+
+        for make in (uyvy, yuv422p10, v210, rgb48, rgb565):
+            fmt, extra, frame, changed, names, peaks, split = make()
+            frame, changed = bytes(frame), bytes(changed)
+            status, frames, head, summary = self.compare(frame + frame, frame + changed, fmt,
+                                                         *extra, status=1)
+            self.assertEqual(len(frames), 2)
+            self.assertEqual(set(frames[0].values()), {"inf", "0"}, fmt)
+            a, b = split(frame), split(changed)
+            overall = self.assert_planes(frames[1], names, a, b, peaks)
+            self.assert_psnr(frames[1]["overall"], overall, fmt)
+            self.assertLess(overall, math.inf)
+            # Over both frames: twice the samples, the same errors.
+            weighted = sum(sum((x - y) ** 2 for x, y in zip(pa, pb)) / pk ** 2
+                           for pa, pb, pk in zip(a, b, peaks))
+            n = sum(len(pa) for pa in a)
+            for name, pa, pb, pk in zip(names, a, b, peaks):
+                sq = sum((x - y) ** 2 for x, y in zip(pa, pb))
+                self.assert_psnr(summary[name], psnr(sq / pk ** 2, 2 * len(pa)), (fmt, name))
+            self.assert_psnr(summary["mean"], psnr(weighted, 2 * n), fmt)
+            self.assertEqual(summary["min"], frames[1]["overall"], fmt)
+            self.assertEqual(summary["max-diff"], frames[1]["max-diff"], fmt)
+            self.assertEqual(summary["frames"], "2")
+            # --max-diff: the largest difference passes, one less does not.
+            d = int(summary["max-diff"])
+            self.compare(frame + frame, frame + changed, fmt, *extra, "--max-diff", str(d),
+                         status=0)
+            self.compare(frame + frame, frame + changed, fmt, *extra, "--max-diff", str(d - 1),
+                         status=1)
+
+    def test_layouts_of_the_same_planes_compare_sample_for_sample(self):
+        w, h = self.W, self.H
+        uyvy = self.random_bytes(w * h * 2)
+        rows = [uyvy[r * 2 * w:(r + 1) * 2 * w] for r in range(h)]
+        yuy2 = reorder(uyvy, (1, 0, 3, 2))
+        cyuv = b"".join(reversed(rows))  # bottom row first
+        i420 = self.random_bytes(w * h * 3 // 2)
+        yvyu = reorder(uyvy, (1, 2, 3, 0))
+        y, cb, cr = uyvy_planes(uyvy, w, h)
+        p422 = bytes(y + cb + cr)
+        quarter = w * h // 4
+        yv12 = i420[:w * h] + i420[w * h + quarter:] + i420[w * h:w * h + quarter]
+        nv12 = bytearray(i420[:w * h + 2 * quarter])
+        nv12[w * h::2], nv12[w * h + 1::2] = i420[w * h:w * h + quarter], i420[w * h + quarter:]
+        # R, G, B planes against abgr pixels (A B G R), alpha not compared.
+        planes = self.random_bytes(3 * w * h)
+        abgr = bytearray(self.random_bytes(4 * w * h))
+        for c, at in ((0, 3), (1, 2), (2, 1)):
+            abgr[at::4] = planes[c * w * h:(c + 1) * w * h]
+        for fmt, a, fmt_b, b, extra in [
+                ("UYVY", uyvy, "YUY2", yuy2, []), ("UYVY", uyvy, "YVYU", yvyu, []),
+                ("UYVY", uyvy, "cyuv", cyuv, []), ("UYVY", uyvy, "P422", p422, []),
+                ("I420", i420, "YV12", yv12, []), ("I420", i420, "NV12", bytes(nv12), []),
+                ("rgbp8", planes, "rgb32", bytes(abgr), ["--rgb-type", "abgr"])]:
+            status, frames, head, summary = self.compare(a, b, fmt, "--format-b", fmt_b, *extra,
+                                                         status=0)
+            self.assertEqual(head, f"{fmt} vs {fmt_b} {self.SIZE}")
+            self.assertEqual(summary["mean"], "inf")
+        # The same bytes as cyuv are the picture upside down: the rows differ.
+        status, frames, head, summary = self.compare(uyvy, uyvy, "UYVY", "--format-b", "cyuv",
+                                                     status=1)
+        self.assert_planes(frames[0], ["Y", "Cb", "Cr"], uyvy_planes(uyvy, w, h),
+                           uyvy_planes(cyuv, w, h), [255] * 3)
+        # v210 against 10-bit planes: the same samples, one Cr changed by 300.
+        cw = w // 2
+        y, cb, cr = ([self.rng.getrandbits(10) for _ in range(n)] for n in (w * h, cw * h,
+                                                                            cw * h))
+        planar = word_bytes(y + cb + cr)
+        cr2 = list(cr)
+        cr2[3 * cw + 2] = (cr[3 * cw + 2] + 300) % 1024
+        v210 = b"".join(
+            v210_row(sum(([cb[r * cw + p], y[r * w + 2 * p], cr2[r * cw + p],
+                           y[r * w + 2 * p + 1]] for p in range(cw)), []) + [0] * 8, w)
+            for r in range(h))
+        status, frames, head, summary = self.compare(v210, planar, "v210", "--format-b",
+                                                     "yuv422p10", status=1)
+        self.assertEqual(head, f"v210 vs yuv422p10 {self.SIZE}")
+        self.assert_planes(frames[0], ["Y", "Cb", "Cr"], [y, cb, cr2], [y, cb, cr], [1023] * 3)
+        self.assertEqual(frames[0]["Y"], "inf")
+
+    def test_other_formats_are_converted_to_the_first_files(self):
+        w, h = self.W, self.H
+        names = ["Y", "Cb", "Cr"]
+        # A picture whose chroma is the same down every column is the same
+        # picture in UYVY and in I420, both ways.
+        row = self.random_bytes(2 * w)
+        luma = self.random_bytes(w * h)
+        flat = bytearray(row * h)
+        flat[1::2] = luma
+        flat = bytes(flat)
+        i420 = self.convert("UYVY", "I420", self.SIZE, flat)
+        for fmt, a, fmt_b, b in [("UYVY", flat, "I420", i420), ("I420", i420, "UYVY", flat)]:
+            status, frames, head, summary = self.compare(a, b, fmt, "--format-b", fmt_b,
+                                                         status=0)
+            self.assertEqual(head, f"{fmt} vs {fmt_b} {self.SIZE} ({fmt_b} converted to {fmt})")
+            self.assertEqual(summary["mean"], "inf")
+        # Any UYVY picture against its I420 frame: the I420 frame as the
+        # library's converter brings it back to UYVY, compared here.
+        uyvy = self.random_bytes(w * h * 2)
+        i420 = self.convert("UYVY", "I420", self.SIZE, uyvy)
+        back = self.convert("I420", "UYVY", self.SIZE, i420)
+        status, frames, head, summary = self.compare(uyvy, i420, "UYVY", "--format-b", "I420",
+                                                     status=1)
+        overall = self.assert_planes(frames[0], names, uyvy_planes(uyvy, w, h),
+                                     uyvy_planes(back, w, h), [255] * 3)
+        self.assertEqual(frames[0]["Y"], "inf")
+        self.assert_psnr(summary["mean"], overall)
+        # RGB against YCbCr: the YCbCr file converted with --matrix.
+        rgb = self.convert("UYVY", "rgb24", self.SIZE, uyvy, "--matrix", "709")
+        self.compare(rgb, uyvy, "rgb24", "--format-b", "UYVY", "--matrix", "709", status=0)
+        status, frames, head, summary = self.compare(rgb, uyvy, "rgb24", "--format-b", "UYVY",
+                                                     status=1)
+        self.assertEqual(head, f"rgb24 vs UYVY {self.SIZE} (UYVY converted to rgb24)")
+        # No converter from UYVY writes rgb48: the rgb48 file is converted.
+        rgb48 = self.random_bytes(w * h * 6)
+        yuv = self.convert("rgb48", "UYVY", self.SIZE, rgb48)
+        status, frames, head, summary = self.compare(uyvy, rgb48, "UYVY", "--format-b", "rgb48")
+        self.assertEqual(head, f"UYVY vs rgb48 {self.SIZE} (rgb48 converted to UYVY)")
+        self.assert_planes(frames[0], names, uyvy_planes(uyvy, w, h), uyvy_planes(yuv, w, h),
+                           [255] * 3)
+
+    def test_v210_against_its_8bit_frame_by_the_rounding_rule(self):
+        # Y samples on the rounding edges, chroma 512: at level 0 the UYVY
+        # frame holds 128, 129, 255, 255, 255, 255 (saturating), which widen
+        # back (v << 2) to 512, 516, 1020, ...: differences 1, 2, 0, 1, 2, 3.
+        ys = [513, 514, 1020, 1021, 1022, 1023]
+        v210 = v210_row([v for i in (0, 2, 4) for v in (512, ys[i], 512, ys[i + 1])], 6) * 4
+        self.SIZE = "6x4"
+        uyvy = self.convert("v210", "UYVY", self.SIZE, v210, "--level", "0")
+        status, frames, head, summary = self.compare(v210, uyvy, "v210", "--format-b", "UYVY",
+                                                     status=1)
+        self.assertEqual(head, "v210 vs UYVY 6x4 (UYVY converted to v210)")
+        self.assertEqual(frames[0]["max-diff"], "3")
+        self.assert_psnr(frames[0]["Y"], psnr(19 / 1023 ** 2, 6))
+        self.assertEqual((frames[0]["Cb"], frames[0]["Cr"]), ("inf", "inf"))
+        # All 48 samples of the frame count overall: 24 Y, 12 Cb, 12 Cr.
+        self.assert_psnr(frames[0]["overall"], psnr(4 * 19 / 1023 ** 2, 48))
+        self.compare(v210, uyvy, "v210", "--format-b", "UYVY", "--max-diff", "3", status=0)
+        # The other way round the v210 frame is rounded to 8 bits, at the
+        # level asked for: the same frame at level 0; at level 5, where 1022
+        # and 1023 wrap to 0, differences of 255.
+        self.compare(uyvy, v210, "UYVY", "--format-b", "v210", "--level", "0", status=0)
+        if chosen_level() == 5:
+            status, frames, head, summary = self.compare(uyvy, v210, "UYVY", "--format-b",
+                                                         "v210", "--level", "5", status=1)
+            self.assertEqual(summary["max-diff"], "255")
+
+    def test_bad_input_exits_2_with_a_message(self):
+        w, h = self.W, self.H
+        frame = self.random_bytes(w * h * 2)
+        a = self.write("a.uyvy", frame * 2)
+        one = self.write("one.uyvy", frame)
+        short = self.write("short.uyvy", frame[:-1])
+        rgb = self.write("a.rgb24", self.random_bytes(w * h * 3))
+        base = ["--format", "UYVY", "--size", self.SIZE]
+        cases = [
+            ([a, self.path("missing"), *base], "missing"),
+            ([a, short, *base], "not a whole number"),
+            ([a, one, *base], "as many frames"),
+            ([a, a, "--format", "ABCD", "--size", self.SIZE], "ABCD"),
+            ([a, *base], "two files"),
+            ([a, a, a, *base], "two files"),
+            ([a, a, "--size", self.SIZE], "--format is required"),
+            ([a, a, "--format", "UYVY"], "--size is required"),
+            ([a, a, *base, "--max-diff", "-1"], "--max-diff"),
+            ([a, a, *base, "--matrix", "709"], "--matrix"),
+            ([a, a, *base, "--rgb-type", "rgba"], "--rgb-type"),
+            ([a, a, *base, "--format-b", "rgb32f"], "rgb32f"),
+            ([rgb, rgb, "--format", "rgb24", "--format-b", "rgb48", "--size", self.SIZE],
+             "one format"),
+        ]
+        for args, message in cases:
+            res = run("compare", *args)
+            self.assertEqual(res.returncode, 2, args)
+            self.assertEqual(res.stdout, b"", args)
+            self.assertRegex(res.stderr.decode(), r"^cycbcr: .*\n$", args)
+            self.assertIn(message, res.stderr.decode(), args)
+        # From a pipe the shorter input is found at its end, after the frames
+        # both hold.
+        res = run("compare", a, "/dev/stdin", *base, stdin=frame)
+        self.assertEqual(res.returncode, 2)
+        self.assertRegex(res.stdout.decode(), r"^frame 0: .*\n$")
+        self.assertIn("has no frame 1", res.stderr.decode())
 
 
 if __name__ == "__main__":
