@@ -118,16 +118,32 @@ Reach reach(uint32_t dst_code, uint32_t src_code, uint32_t width, uint32_t heigh
     return r;
 }
 
+// Copies each plane's rows; a destination plane with more rows than the
+// source's gets the source's last row again in each one past it.
 void copy_planes(uint8_t* dst, std::span<const PlaneRows> dst_planes, const uint8_t* src,
                  std::span<const PlaneRows> src_planes) {
     for (size_t p = 0; p < dst_planes.size(); ++p) {
         const PlaneRows& d = dst_planes[p];
         const PlaneRows& s = src_planes[p];
-        for (uint32_t row = 0; row < d.rows; ++row) {
+        for (uint32_t row = 0; row < d.rows && s.rows != 0; ++row) {
             std::memcpy(dst + d.offset + uint64_t{row} * d.pitch,
-                        src + s.offset + uint64_t{row} * s.pitch, d.row_bytes);
+                        src + s.offset + uint64_t{std::min(row, s.rows - 1)} * s.pitch,
+                        d.row_bytes);
         }
     }
+}
+
+// The converters from 4:2:0 planes to the packed formats that take chroma
+// field by field (frame row r from chroma row 2 * (r / 4) + r % 2: YUY2 and
+// YVYU at every level, UYVY and cyuv through their AVX2 forms) give the last
+// row of a frame 4n + 2 rows high chroma row 2n + 1, which the frame does not
+// have. Such calls are made on a frame two rows higher, whose added rows repeat
+// its last ones, so that row takes the frame's last chroma row.
+uint32_t call_height(Format src, Format dst, uint32_t height) {
+    const bool field_chroma =
+        (src == Format::I420 || src == Format::YV12) &&
+        (dst == Format::UYVY || dst == Format::YUY2 || dst == Format::YVYU || dst == Format::CYUV);
+    return field_chroma && height % 4 == 2 ? height + 2 : height;
 }
 
 std::vector<uint8_t> zeroed_buffer(uint64_t bytes) {
@@ -204,18 +220,23 @@ FrameConverter::FrameConverter(const FormatCode& from, const FormatCode& to, uin
         // pixels past the width. v210 rows already hold whole groups.
         const uint32_t dst_fixed = cycbcr_fix_pitch(call.dst_code, width, dst_natural);
         const uint32_t src_fixed = cycbcr_fix_pitch(call.src_code, width, src_natural);
-        const Reach direct =
-            reach(call.dst_code, call.src_code, width, height, dst_fixed, src_fixed);
-        step.padded_src = direct.src > src_frame && is_packed_8bit(src);
-        step.padded_dst = direct.dst > dst_frame && (is_packed_8bit(dst) || is_planar(dst));
-        step.src_pitch = step.padded_src ? padded_pitch(src, width) : src_natural;
+        const uint32_t rows = call_height(src, dst, height);
+        step.height = rows;
+        // A taller call works on copies of both frames; the planar source
+        // keeps its natural pitch.
+        const bool taller = rows != height;
+        const Reach direct = reach(call.dst_code, call.src_code, width, rows, dst_fixed, src_fixed);
+        step.padded_src = taller || (direct.src > src_frame && is_packed_8bit(src));
+        step.padded_dst =
+            taller || (direct.dst > dst_frame && (is_packed_8bit(dst) || is_planar(dst)));
+        step.src_pitch = step.padded_src && !taller ? padded_pitch(src, width) : src_natural;
         step.dst_pitch = step.padded_dst ? padded_pitch(dst, width) : dst_natural;
         // The dispatcher would pass other pitches than the natural ones: call
         // the converter itself then.
         step.dispatched = !step.padded_src && !step.padded_dst && dst_fixed == dst_natural &&
                           src_fixed == src_natural;
         const Reach used = step.dispatched ? direct
-                                           : reach(call.dst_code, call.src_code, width, height,
+                                           : reach(call.dst_code, call.src_code, width, rows,
                                                    step.dst_pitch, step.src_pitch);
 
         // Padded rows in a working buffer of their own, which must hold all the
@@ -223,8 +244,8 @@ FrameConverter::FrameConverter(const FormatCode& from, const FormatCode& to, uin
         const auto pad = [&](Format format, uint32_t code, uint32_t pitch, uint64_t reached,
                              const char* verb, std::vector<PlaneRows>& planes,
                              std::vector<uint8_t>& work) {
-            planes = frame_planes(format, width, height, pitch);
-            const uint64_t padded = frame_extent(planes);
+            planes = frame_planes(format, width, rows, pitch);
+            const uint64_t padded = std::max(frame_extent(planes), taller ? reached : 0);
             if (reached > padded) {
                 throw ToolError(std::string("the library ") + verb + " " + code_text(code) +
                                 " rows further than padded rows of width " + std::to_string(width) +
@@ -272,7 +293,7 @@ std::span<const uint8_t> FrameConverter::convert() {
                                 " to " + code_text(step.dst_code));
             }
         } else {
-            step.converter(out, src, width_, height_, step.dst_pitch, step.src_pitch);
+            step.converter(out, src, width_, step.height, step.dst_pitch, step.src_pitch);
         }
         if (step.padded_dst) copy_planes(dst, step.dst_natural, out, step.dst_padded);
     }

@@ -73,6 +73,8 @@ class FrameConverter : public Converter {
         // (destination).
         uint32_t dst_pitch = 0;
         uint32_t src_pitch = 0;
+        // The rows the call converts: the frame's, or more (call_height()).
+        uint32_t height = 0;
         bool padded_dst = false;
         bool padded_src = false;
         // Both sides at their natural pitches, which the dispatcher keeps:
