@@ -1,7 +1,10 @@
 // Every converter family from eight threads at once, each thread on frames of
 // its own, in a process whose processor level is still unchosen: the first
-// calls race to choose it. Run as `concurrency_test <family>` (one family a
-// process, so that every family's first calls meet an unchosen level), or
+// calls race to choose it, and again at the start of each of ten rounds of
+// calls, which the test begins with the level unchosen. Run as
+// `concurrency_test <family>`, one family a process (the feature bits, and
+// with them the processor case a family runs on, are read once per process,
+// and only a fresh process's first calls also race the feature detection), or
 // `concurrency_test level_hold` for the one converter that changes the level
 // for the length of its call. Built with ThreadSanitizer this is the library's
 // data-race check; without it, a check that concurrent results are the
@@ -18,7 +21,6 @@
 #include <cstdio>
 #include <cstring>
 #include <functional>
-#include <latch>
 #include <set>
 #include <string>
 #include <string_view>
@@ -35,6 +37,9 @@ using cycbcr::Format;
 
 constexpr int kThreads = 8;
 constexpr int kCallsPerThread = 1000;
+// Rounds of calls, each starting with the level unchosen.
+constexpr int kRounds = 10;
+static_assert(kCallsPerThread % kRounds == 0);
 constexpr uint32_t kLevelUnset = 0xFFFFFFFEu;
 // Bytes past every buffer's queried size, filled and digested like the rest.
 constexpr uint64_t kSlack = 64;
@@ -274,6 +279,20 @@ std::vector<Case> byte_order() {
     add_rows(out, [](const cycbcr::ConverterRow& r) {
         return cycbcr::is_packed422(r.from) && cycbcr::is_packed422(r.to);
     });
+    // The bare copy and the in-place flip.
+    for (const Geo& g : kGeos) {
+        const uint32_t w = g.w, h = g.h, dp = 2 * w + g.pad, sp = 2 * w + 2 * g.pad;
+        out.push_back({label("cycbcr_interleaved_copy", w, h),
+                       // min(dp, sp) bytes a row: whole pitches hold it.
+                       std::vector<uint64_t>{uint64_t{h} * dp, uint64_t{h} * sp},
+                       [=](uint8_t* const* p) {
+                           return uint64_t{cycbcr_interleaved_copy(p[0], p[1], w, h, dp, sp)};
+                       }});
+        out.push_back({label("cycbcr_invert", w, h), {uint64_t{h} * dp}, [=](uint8_t* const* p) {
+                           cycbcr_invert(p[0], dp, h);
+                           return uint64_t{0};
+                       }});
+    }
     return out;
 }
 
@@ -320,6 +339,24 @@ std::vector<Case> v210_rgb() {
                        [=](uint8_t* const* p) {
                            return cycbcr_RGB10_to_012v(p[0], p[1], w, h, dp, 4 * w + g.pad, m, t);
                        }});
+        // The 10-bit key plane out of 32-bit RGB, and v210 with its key into RGB.
+        const uint8_t options = static_cast<uint8_t>(k);
+        out.push_back(
+            {label("cycbcr_RGB32_to_012v_Alpha", w, h),
+             two_sizes("cycbcr_RGB32_to_012v_Alpha", w, h, 0, 4 * w, m, t), [=](uint8_t* const* p) {
+                 return cycbcr_RGB32_to_012v_Alpha(p[0], p[1], w, h, 0, 4 * w, options, t);
+             }});
+        {
+            const uint32_t rp = 4 * w + g.pad;
+            std::vector<uint64_t> sizes =
+                two_sizes("cycbcr_012v_to_rgb32_Alpha", w, h, rp, dp, m, t);
+            sizes.push_back(uint64_t{h - 1} * w * 4 / 3 + uint64_t{(w + 2) / 3} * 4);
+            out.push_back(
+                {label("cycbcr_012v_to_rgb32_Alpha", w, h), sizes, [=](uint8_t* const* p) {
+                     return uint64_t{
+                         cycbcr_012v_to_rgb32_Alpha(p[0], p[1], p[2], w, h, rp, dp, m, t)};
+                 }});
+        }
         for (const uint32_t bpp : {48u, 64u}) {
             const uint32_t sp = w * bpp / 8 + g.pad;
             out.push_back({label("cycbcr_RGB64_to_012v", w, h) + " " + std::to_string(bpp),
@@ -336,6 +373,27 @@ std::vector<Case> ycbcr8_rgb() {
     std::vector<Case> out;
     add_rgb_rows(out, cycbcr::kRgbConverterRows,
                  [](const cycbcr::RgbConverterRow& r) { return r.from != Format::V210; });
+    // UYVY with an alpha plane (one byte a pixel, rows width bytes apart).
+    for (size_t k = 0; k < std::size(kGeos); ++k) {
+        const Geo& g = kGeos[k];
+        const uint32_t w = g.w, h = g.h, m = kMatrices[k], t = kRgbTypes[k];
+        const uint32_t dp = 4 * w + g.pad, sp = 2 * w + g.pad;
+        using Alpha = decltype(&cycbcr_uyvy_to_rgb32_Alpha);
+        struct A {
+            const char* name;
+            Alpha fn;
+        };
+        for (const A& a : {A{"cycbcr_uyvy_to_rgb32_Alpha", cycbcr_uyvy_to_rgb32_Alpha},
+                           A{"cycbcr_uyvy_to_rgb32_alpha_avx2", cycbcr_uyvy_to_rgb32_alpha_avx2}}) {
+            if (a.fn == cycbcr_uyvy_to_rgb32_alpha_avx2 && !have_avx2()) continue;
+            std::vector<uint64_t> sizes = two_sizes(a.name, w, h, dp, sp, m, t);
+            sizes.push_back(uint64_t{w} * h + 1);
+            const Alpha fn = a.fn;
+            out.push_back({label(a.name, w, h), sizes, [=](uint8_t* const* p) {
+                               return uint64_t{fn(p[0], p[1], p[2], w, h, dp, sp, m, t)};
+                           }});
+        }
+    }
     // Three RGB planes from 8-bit planar 4:2:0 and packed 4:2:2 samples.
     for (const Geo& g : kGeos) {
         const uint32_t w = g.w, h = g.h, dp = w + g.pad;
@@ -364,6 +422,26 @@ std::vector<Case> rgb_ycbcr8() {
     std::vector<Case> out;
     add_rgb_rows(out, cycbcr::kFromRgbConverterRows,
                  [](const cycbcr::FromRgbConverterRow& r) { return r.to != Format::V210; });
+    for (size_t k = 0; k < std::size(kGeos); ++k) {
+        const Geo& g = kGeos[k];
+        const uint32_t w = g.w, h = g.h, m = kMatrices[k], t = kRgbTypes[k];
+        const uint32_t dp = 2 * w + g.pad;
+        // 16-bit RGB at 48 and 64 bits a pixel, and the alpha plane of a UYVY frame.
+        for (const uint32_t bpp : {48u, 64u}) {
+            const uint32_t sp = w * bpp / 8 + g.pad;
+            out.push_back({label("cycbcr_RGB64_to_uyvy", w, h) + " " + std::to_string(bpp),
+                           two_sizes("cycbcr_RGB64_to_uyvy", w, h, dp, sp, m, t),
+                           [=](uint8_t* const* p) {
+                               return cycbcr_RGB64_to_uyvy(p[0], p[1], w, h, dp, sp, m, t, bpp);
+                           }});
+        }
+        const uint8_t options = static_cast<uint8_t>(k);
+        out.push_back(
+            {label("cycbcr_RGB32_to_uyvy_Alpha", w, h),
+             two_sizes("cycbcr_RGB32_to_uyvy_Alpha", w, h, w, 4 * w, m, t), [=](uint8_t* const* p) {
+                 return cycbcr_RGB32_to_uyvy_Alpha(p[0], p[1], w, h, w, 4 * w, options, t);
+             }});
+    }
     for (const Geo& g : kGeos) {
         const uint32_t w = g.w, h = g.h;
         for (const int is422 : {0, 1}) {
@@ -738,7 +816,20 @@ int race(const Family& family) {
         Result result;
     };
     std::vector<std::vector<Record>> records(kThreads);
-    std::latch start(kThreads);
+    // The calls go in rounds. The last thread to reach a round's start line
+    // returns the level to unchosen and opens the round; the others spin (not
+    // sleep) at the line, so that those on a core leave it together and their
+    // first calls of the round race to choose the level again.
+    std::atomic<int> arrived{0};
+    std::atomic<int> opened{0};
+    const auto start_round = [&](int round) {
+        if (arrived.fetch_add(1, std::memory_order_acq_rel) + 1 == kThreads * (round + 1)) {
+            __atomic_store_n(&gdwProcType, kLevelUnset, __ATOMIC_RELAXED);
+            opened.store(round + 1, std::memory_order_release);
+        } else {
+            while (opened.load(std::memory_order_acquire) <= round) std::this_thread::yield();
+        }
+    };
     std::vector<std::thread> threads;
     for (int t = 0; t < kThreads; ++t)
         threads.emplace_back([&, t] {
@@ -749,8 +840,9 @@ int race(const Family& family) {
             mine.reserve(kCallsPerThread);
             // Even threads start on the same converter, odd ones spread out.
             const size_t offset = t % 2 == 0 ? 0 : (t * n) / kThreads;
-            start.arrive_and_wait();
             for (int i = 0; i < kCallsPerThread; ++i) {
+                if (i % (kCallsPerThread / kRounds) == 0)
+                    start_round(i / (kCallsPerThread / kRounds));
                 const size_t c = (offset + static_cast<size_t>(i)) % n;
                 const bool chosen = __atomic_load_n(&gdwProcType, __ATOMIC_RELAXED) != kLevelUnset;
                 mine.push_back({static_cast<uint32_t>(c), chosen, run_once(frames[t][c], work[c])});
@@ -783,13 +875,14 @@ int race(const Family& family) {
             unchosen[t].push_back(run_once(f, work));
             gdwProcType = chosen;
         }
-    size_t calls = 0, early = 0;
+    size_t calls = 0, early = 0, unchosenCalls = 0;
     std::vector<int> seen(n, 0);
     for (int t = 0; t < kThreads; ++t)
         for (size_t i = 0; i < records[t].size(); ++i) {
             const Record& r = records[t][i];
             ++calls;
             ++seen[r.index];
+            if (!r.chosenBefore) ++unchosenCalls;
             const Result& want = expected[t][r.index];
             if (!r.chosenBefore && r.result == unchosen[t][r.index] && !(r.result == want)) {
                 ++early;
@@ -807,10 +900,10 @@ int race(const Family& family) {
     for (size_t c = 0; c < n; ++c)
         if (seen[c] == 0) fail(cases[c].name + " was never called");
     std::printf(
-        "%s: %zu cases, %d threads x %d calls, level %u%s; %zu call(s) before the choice "
-        "took the unchosen path\n",
+        "%s: %zu cases, %d threads x %d calls, level %u%s; %zu call(s) began with no "
+        "level chosen, %zu of them took a path of the unchosen level\n",
         family.name, n, kThreads, kCallsPerThread, chosen,
-        g_failures ? "" : ", every result the single-threaded one", early);
+        g_failures ? "" : ", every result the single-threaded one", unchosenCalls, early);
     return g_failures == 0 ? 0 : 1;
 }
 
