@@ -295,7 +295,13 @@ std::span<const uint8_t> FrameConverter::convert() {
         } else {
             step.converter(out, src, width_, step.height, step.dst_pitch, step.src_pitch);
         }
-        if (step.padded_dst) copy_planes(dst, step.dst_natural, out, step.dst_padded);
+        if (step.padded_dst) {
+            // A taller cyuv frame is turned over whole: its added rows come first.
+            const uint64_t skip = format_of(step.dst_code) == Format::CYUV
+                                      ? uint64_t{step.height - height_} * step.dst_pitch
+                                      : 0;
+            copy_planes(dst, step.dst_natural, out + skip, step.dst_padded);
+        }
     }
     return {frames_.back().data(), static_cast<size_t>(result_bytes_)};
 }

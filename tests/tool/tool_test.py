@@ -451,6 +451,44 @@ class PlanarConversions(ToolCase):
             self.assertEqual(self.convert("UYVY", "I420", f"{width}x{height}", data, *level),
                              expected, level)
 
+    def test_420_to_packed_chroma_rows_up_to_the_last_row(self):
+        # The converters to YUY2 and YVYU, and to UYVY and cyuv at level 5,
+        # take chroma by field: row r from chroma row 2 * (r / 4) + r % 2. At
+        # heights 4n + 2 that names a row past the frame for the last row,
+        # which must take the frame's last chroma row instead. UYVY and cyuv
+        # below level 5 take chroma row r / 2.
+        width = 10
+        for height in (6, 10, 8):
+            y = self.random_bytes(width * height)
+            cb = self.random_bytes(width // 2 * height // 2)
+            cr = self.random_bytes(width // 2 * height // 2)
+            half = width // 2
+
+            def chroma(plane, row):
+                return plane[row * half:(row + 1) * half]
+
+            for level in self.LEVELS:
+                best = level == ()
+                for dst in ("UYVY", "YUY2", "YVYU", "cyuv"):
+                    by_field = dst in ("YUY2", "YVYU") or best
+                    rows = []
+                    for r in range(height):
+                        c = 2 * (r // 4) + r % 2 if by_field else r // 2
+                        c = min(c, height // 2 - 1)
+                        ys, bs, rs = y[r * width:(r + 1) * width], chroma(cb, c), chroma(cr, c)
+                        row = bytearray()
+                        for k in range(half):
+                            y0, y1, b, v = ys[2 * k], ys[2 * k + 1], bs[k], rs[k]
+                            row += {"UYVY": bytes((b, y0, v, y1)), "cyuv": bytes((b, y0, v, y1)),
+                                    "YUY2": bytes((y0, b, y1, v)),
+                                    "YVYU": bytes((y0, v, y1, b))}[dst]
+                        rows.append(bytes(row))
+                    if dst == "cyuv":
+                        rows.reverse()
+                    self.assertEqual(self.convert("I420", dst, f"{width}x{height}", y + cb + cr,
+                                                  *level), b"".join(rows), (dst, height, level))
+
+
 class FormatListing(ToolCase):
     def formats(self):
         res = run("formats")
