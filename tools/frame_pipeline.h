@@ -36,9 +36,10 @@ struct FrameLoop {
 // Runs the loop to the end of the input (or max_frames) and returns the
 // number of frames converted. With more than one thread, the calling thread
 // reads, `threads` workers convert one frame each at a time, and one more
-// thread hands the frames to the sink strictly in input order; frames in
-// flight lie in a ring of threads + 2 slots, each with its own converter, so
-// memory stays bounded whatever the input's length. The first error (reading,
+// thread hands the frames to the sink strictly in input order. Frames in
+// flight lie in a ring of threads + 1 slots (one being read or written while
+// every worker converts one), each slot with its own converter, so memory
+// stays bounded whatever the input's length. The first error (reading,
 // converting or writing) stops every thread and is thrown here.
 uint64_t run_frame_loop(const FrameLoop& loop);
 
