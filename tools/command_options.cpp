@@ -1,5 +1,6 @@
 #include "command_options.h"
 
+#include <charconv>
 #include <cstdio>
 
 #include "rgb_layouts.h"
@@ -99,6 +100,17 @@ std::optional<RgbDepth> resolve_rgb(const std::string& text) {
     const FormatCode* code = find_code(*value);
     if (code != nullptr && code->format == Format::RGB32) return RgbDepth::Rgb32;
     return std::nullopt;
+}
+
+uint64_t parse_count(const std::string& text, const char* option, uint64_t least) {
+    uint64_t value = 0;
+    const char* last = text.data() + text.size();
+    const auto [end, ec] = std::from_chars(text.data(), last, value, 10);
+    if (text.empty() || ec != std::errc() || end != last || value < least) {
+        throw ToolError(std::string("bad ") + option + " '" + text + "': expected " +
+                        std::to_string(least) + " or more");
+    }
+    return value;
 }
 
 unsigned int parse_level(const std::string& text) {

@@ -50,6 +50,10 @@ const FormatCode& resolve_source(const std::string& text);
 // other text.
 std::optional<RgbDepth> resolve_rgb(const std::string& text);
 
+// A count option (--frames, --skip): a decimal number of at least `least`
+// (0 or 1); throws ToolError naming the option.
+uint64_t parse_count(const std::string& text, const char* option, uint64_t least);
+
 // --level: 0 to 6.
 unsigned int parse_level(const std::string& text);
 

@@ -2,6 +2,7 @@
 // success and throws ToolError on failure.
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -10,7 +11,10 @@ namespace cycbcr_tool {
 
 using Args = std::span<const std::string_view>;
 
+// The whole usage, and one subcommand's part of it (nullopt for a name that
+// is not one of these subcommands).
 std::string usage_text();
+std::optional<std::string> command_usage_text(std::string_view command);
 
 // The whole command line after the program name: prints the usage, the
 // version or a subcommand's output, reports any error on stderr, and returns

@@ -3,13 +3,16 @@
 #include <cycbcr.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <charconv>
 #include <chrono>
-#include <functional>
 #include <cstdio>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "colour_bars.h"
@@ -21,7 +24,9 @@
 #include "deep_rgb.h"
 #include "formats.h"
 #include "frame_io.h"
+#include "frame_pipeline.h"
 #include "from_rgb_conversions.h"
+#include "pitched_frames.h"
 #include "rgb_conversions.h"
 #include "tool_error.h"
 
@@ -39,13 +44,15 @@ class Fnv1a64 {
     uint64_t hash_ = 0xCBF29CE484222325ull;
 };
 
-// A "frame n/N" line on stderr (n alone when the input's length is not known)
-// once a conversion has run for a second, redrawn at most four times a second
-// and cleared by finish(). Only when stderr is a terminal: in a log or a pipe
-// the carriage returns would pile up as clutter.
+// A "frame n/N, R MB/s" line on stderr (n alone when the input's length is
+// not known; R the source bytes read per second) once a conversion has run for
+// a second, redrawn at most four times a second and cleared by finish(). Only
+// when stderr is a terminal: in a log or a pipe the carriage returns would
+// pile up as clutter.
 class Progress {
   public:
-    explicit Progress(uint64_t total) : total_(total), enabled_(isatty(STDERR_FILENO) == 1) {}
+    Progress(uint64_t total, uint64_t frame_bytes)
+        : total_(total), frame_bytes_(frame_bytes), enabled_(isatty(STDERR_FILENO) == 1) {}
     ~Progress() { finish(); }
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
@@ -57,11 +64,16 @@ class Progress {
         if (shown_ && now - last_ < std::chrono::milliseconds(250)) return;
         last_ = now;
         shown_ = true;
+        const double seconds = std::chrono::duration<double>(now - start_).count();
+        const double rate =
+            static_cast<double>(done) * static_cast<double>(frame_bytes_) / seconds / 1e6;
         if (total_ != 0) {
-            std::fprintf(stderr, "\rcycbcr: frame %llu/%llu", static_cast<unsigned long long>(done),
-                         static_cast<unsigned long long>(total_));
+            std::fprintf(stderr, "\rcycbcr: frame %llu/%llu, %.1f MB/s\033[K",
+                         static_cast<unsigned long long>(done),
+                         static_cast<unsigned long long>(total_), rate);
         } else {
-            std::fprintf(stderr, "\rcycbcr: frame %llu", static_cast<unsigned long long>(done));
+            std::fprintf(stderr, "\rcycbcr: frame %llu, %.1f MB/s\033[K",
+                         static_cast<unsigned long long>(done), rate);
         }
         std::fflush(stderr);
     }
@@ -73,6 +85,7 @@ class Progress {
 
   private:
     uint64_t total_;
+    uint64_t frame_bytes_;
     bool enabled_;
     bool shown_ = false;
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
@@ -86,11 +99,27 @@ struct Conversion {
     std::unique_ptr<Converter> converter;
     FrameLayout src_layout;
     uint64_t dst_frame_bytes = 0;
+    // The planes of the two file frames, for --src-pitch and --dst-pitch.
+    std::vector<FilePlane> src_planes, dst_planes;
     std::string dst_text;
     // Writes the built-in frame in the source format; the coded formats'
     // writer when empty.
     std::function<void(std::span<uint8_t>)> bars;
 };
+
+// --threads: 1 to 256; the number of processors without it.
+unsigned int thread_option(const Options& options) {
+    const std::optional<std::string> text = options.value("--threads");
+    if (!text) return std::max(1u, std::thread::hardware_concurrency());
+    const uint64_t n = parse_count(*text, "--threads", 1);
+    if (n > 256) throw ToolError("bad --threads '" + *text + "': expected 1 to 256");
+    return static_cast<unsigned int>(n);
+}
+
+std::vector<FilePlane> endpoint_planes(const Endpoint& e, uint32_t width, uint32_t height) {
+    return e.deep ? deep_file_planes(*e.deep, width, height)
+                  : coded_file_planes(e.code->format, width, height);
+}
 
 // A request naming a format by name (deep_formats.h) on either side (other
 // than NV12 to the packed RGB depths, which the library converts directly),
@@ -119,6 +148,8 @@ Conversion make_deep_conversion(const Options& options, const std::string& from_
                                                                matrix, type);
             c.src_layout = rgb_layout(*depth, width, height);
             c.dst_frame_bytes = deep_layout(*to, width, height).frame_bytes;
+            c.src_planes = rgb_file_planes(*depth, width, height);
+            c.dst_planes = deep_file_planes(*to, width, height);
             c.dst_text = deep_name(*to);
             const RgbDepth d = *depth;
             c.bars = [d, type, width, height](std::span<uint8_t> frame) {
@@ -129,6 +160,7 @@ Conversion make_deep_conversion(const Options& options, const std::string& from_
         from.code = &resolve_code(from_text, false);
     }
     c.src_layout = from.layout(width, height);
+    c.src_planes = endpoint_planes(from, width, height);
     if (from.deep) {
         const DeepFormat f = *from.deep;
         c.bars = [f, width, height](std::span<uint8_t> frame) {
@@ -140,6 +172,8 @@ Conversion make_deep_conversion(const Options& options, const std::string& from_
         const QBYCBCRMatrix matrix = matrix_option(options);
         const QBYCBCRRgbType type = rgb_type_option(options);
         c.dst_frame_bytes = target.layout(width, height).frame_bytes;
+        c.dst_planes = target.depth ? rgb_file_planes(*target.depth, width, height)
+                                    : rgb_extra_file_planes(*target.extra, width, height);
         c.dst_text = target.text();
         if (const ToRgbMember* member = find_to_rgb_member(from, target, via)) {
             c.converter = std::make_unique<DeepToRgbConverter>(*member, from, target, width, height,
@@ -170,6 +204,7 @@ Conversion make_deep_conversion(const Options& options, const std::string& from_
     if (!to.deep) to.code = &resolve_code(to_text, true);
     c.converter = std::make_unique<DeepConverter>(from, to, width, height);
     c.dst_frame_bytes = to.layout(width, height).frame_bytes;
+    c.dst_planes = endpoint_planes(to, width, height);
     c.dst_text = to.text();
     return c;
 }
@@ -195,6 +230,8 @@ Conversion make_from_rgb_conversion(const Options& options, RgbDepth depth, uint
     c.converter = std::make_unique<FromRgbConverter>(depth, to, width, height, matrix, type);
     c.src_layout = rgb_layout(depth, width, height);
     c.dst_frame_bytes = frame_layout(to.format, width, height).frame_bytes;
+    c.src_planes = rgb_file_planes(depth, width, height);
+    c.dst_planes = coded_file_planes(to.format, width, height);
     c.dst_text = code_text(to.value);
     return c;
 }
@@ -211,6 +248,8 @@ Conversion make_conversion(const Options& options, const FormatCode& from, uint3
         const QBYCBCRRgbType type = rgb_type_option(options);
         c.src_layout = source_layout(from.format, width, height);
         c.dst_frame_bytes = rgb_layout(*depth, width, height).frame_bytes;
+        c.src_planes = coded_file_planes(from.format, width, height);
+        c.dst_planes = rgb_file_planes(*depth, width, height);
         c.converter = std::make_unique<RgbConverter>(from, *depth, width, height, matrix, type);
         c.dst_text = rgb_depth_name(*depth);
         return c;
@@ -229,6 +268,8 @@ Conversion make_conversion(const Options& options, const FormatCode& from, uint3
     }
     c.src_layout = frame_layout(from.format, width, height);
     c.dst_frame_bytes = frame_layout(to.format, width, height).frame_bytes;
+    c.src_planes = coded_file_planes(from.format, width, height);
+    c.dst_planes = coded_file_planes(to.format, width, height);
     c.converter = std::make_unique<FrameConverter>(from, to, width, height);
     c.dst_text = code_text(to.value);
     return c;
@@ -237,13 +278,25 @@ Conversion make_conversion(const Options& options, const FormatCode& from, uint3
 }  // namespace
 
 int run_convert(Args args) {
-    const Options options("convert", args,
-                          {"--from", "--to", "--size", "--in", "--out", "--level", "--matrix",
-                           "--rgb-type", "--converter"},
-                          {"--bottom-up"});
+    const Options options(
+        "convert", args,
+        {"--from", "--to", "--size", "--in", "--out", "--level", "--matrix", "--rgb-type",
+         "--converter", "--frames", "--skip", "--src-pitch", "--dst-pitch", "--threads"},
+        {"--bottom-up"});
     options.require("--from");
     options.require("--to");
     if (options.has("--in")) options.require("--size", "with --in");
+    for (const char* input_only : {"--frames", "--skip", "--src-pitch"}) {
+        if (options.has(input_only) && !options.has("--in")) {
+            throw ToolError(std::string("convert: ") + input_only +
+                            " applies to frames read with --in");
+        }
+    }
+    const uint64_t max_frames =
+        options.has("--frames") ? parse_count(*options.value("--frames"), "--frames", 1) : 0;
+    const uint64_t skip =
+        options.has("--skip") ? parse_count(*options.value("--skip"), "--skip", 0) : 0;
+    const unsigned int threads = thread_option(options);
     const std::string from_text = *options.value("--from");
     const std::string to_text = *options.value("--to");
     const bool deep = names_deep(options, from_text, to_text);
@@ -261,9 +314,13 @@ int run_convert(Args args) {
     if (const std::optional<std::string> size = options.value("--size")) {
         parse_size(*size, width, height);
     }
-    Conversion conversion = deep  ? make_deep_conversion(options, from_text, to_text, width, height)
-                            : rgb ? make_from_rgb_conversion(options, *rgb, width, height)
-                                  : make_conversion(options, *from, width, height);
+    // Every worker's converter is made the same way as the first.
+    const auto make = [&] {
+        return deep  ? make_deep_conversion(options, from_text, to_text, width, height)
+               : rgb ? make_from_rgb_conversion(options, *rgb, width, height)
+                     : make_conversion(options, *from, width, height);
+    };
+    Conversion conversion = make();
     Converter& converter = *conversion.converter;
     std::string from_name;
     if (const std::optional<DeepFormat> named = parse_deep(from_text)) {
@@ -276,9 +333,25 @@ int run_convert(Args args) {
     const std::string size_text = std::to_string(width) + "x" + std::to_string(height);
     const std::span<uint8_t> src_frame = converter.source();
 
+    const PitchedFrame src_file(
+        conversion.src_planes,
+        options.has("--src-pitch") ? parse_pitch(*options.value("--src-pitch"), "--src-pitch") : 0,
+        "convert: --src-pitch");
+    const PitchedFrame dst_file(
+        conversion.dst_planes,
+        options.has("--dst-pitch") ? parse_pitch(*options.value("--dst-pitch"), "--dst-pitch") : 0,
+        "convert: --dst-pitch");
+    if (src_file.tight_bytes() != conversion.src_layout.frame_bytes ||
+        src_file.tight_bytes() != src_frame.size() ||
+        dst_file.tight_bytes() != conversion.dst_frame_bytes) {
+        throw ToolError("convert: the command lays out the planes of " + from_name + " or " +
+                        conversion.dst_text + " inconsistently (a fault in the command)");
+    }
+
     std::optional<FrameReader> reader;
     if (const std::optional<std::string> in = options.value("--in")) {
-        reader.emplace(*in, conversion.src_layout.frame_bytes, size_text + " " + from_name);
+        reader.emplace(*in, src_file.file_bytes(), size_text + " " + from_name);
+        reader->skip(skip);
     } else if (conversion.bars) {
         conversion.bars(src_frame);
     } else if (rgb) {
@@ -299,19 +372,45 @@ int run_convert(Args args) {
     // Opened last, so that every argument and input error comes before any
     // file is created.
     std::optional<AtomicOutput> output;
-    if (const std::optional<std::string> out = options.value("--out")) output.emplace(*out);
+    if (const std::optional<std::string> out = options.value("--out")) {
+        output.emplace(*out, reader ? &*reader : nullptr);
+    }
 
     Fnv1a64 checksum;
     uint64_t frames = 0;
-    Progress progress(reader ? reader->known_frames() : 1);
-    while (reader ? reader->read(src_frame) : frames == 0) {
-        const std::span<const uint8_t> dst_frame = converter.convert();
+    uint64_t total = reader ? reader->known_frames() : 1;
+    if (max_frames != 0 && (total == 0 || max_frames < total)) total = max_frames;
+    Progress progress(total, src_file.file_bytes());
+    const auto sink = [&](std::span<const uint8_t> frame) {
         if (output) {
-            output->write(dst_frame);
+            output->write(frame);
         } else {
-            checksum.add(dst_frame);
+            checksum.add(frame);
         }
-        progress.frame_done(++frames);
+    };
+    if (reader) {
+        FrameLoop loop;
+        loop.reader = &*reader;
+        loop.source = &src_file;
+        loop.destination = &dst_file;
+        loop.max_frames = max_frames;
+        loop.threads = threads;
+        loop.converter = &converter;
+        loop.make_converter = [&] { return make().converter; };
+        loop.sink = sink;
+        loop.frame_done = [&](uint64_t done) { progress.frame_done(done); };
+        frames = run_frame_loop(loop);
+    } else {
+        // The one built-in frame.
+        const std::span<const uint8_t> dst_frame = converter.convert();
+        if (dst_file.padded()) {
+            std::vector<uint8_t> padded(dst_file.file_bytes());
+            dst_file.pack(dst_frame.data(), padded.data());
+            sink(padded);
+        } else {
+            sink(dst_frame);
+        }
+        frames = 1;
     }
     progress.finish();
 
@@ -321,7 +420,7 @@ int run_convert(Args args) {
         std::printf("%s -> %s %s: frames=%llu bytes=%llu fnv1a64=%016llx\n", from_name.c_str(),
                     conversion.dst_text.c_str(), size_text.c_str(),
                     static_cast<unsigned long long>(frames),
-                    static_cast<unsigned long long>(frames * conversion.dst_frame_bytes),
+                    static_cast<unsigned long long>(frames * dst_file.file_bytes()),
                     static_cast<unsigned long long>(checksum.value()));
     }
     return 0;

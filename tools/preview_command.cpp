@@ -17,6 +17,7 @@
 #include "deep_rgb.h"
 #include "formats.h"
 #include "frame_io.h"
+#include "pitched_frames.h"
 #include "png_writer.h"
 #include "rgb_conversions.h"
 #include "rgb_layouts.h"
@@ -38,16 +39,15 @@ uint64_t parse_frame_index(const std::string& text) {
 
 // Reads frames up to frame `index` into frame; throws when the input ends
 // before it.
-void read_frame(FrameReader& reader, uint64_t index, std::span<uint8_t> frame,
-                const std::string& path) {
+void read_frame(FrameReader& reader, uint64_t index, std::span<uint8_t> frame) {
     if (reader.known_frames() != 0 && index >= reader.known_frames()) {
-        throw ToolError("input '" + path + "' holds " + std::to_string(reader.known_frames()) +
+        throw ToolError(reader.name() + " holds " + std::to_string(reader.known_frames()) +
                         " frames: there is no frame " + std::to_string(index) +
                         " (frames count from 0)");
     }
     for (uint64_t n = 0; n <= index; ++n) {
         if (!reader.read(frame)) {
-            throw ToolError("input '" + path + "' ends after " + std::to_string(n) +
+            throw ToolError(reader.name() + " ends after " + std::to_string(n) +
                             " frames: there is no frame " + std::to_string(index) +
                             " (frames count from 0)");
         }
@@ -57,10 +57,10 @@ void read_frame(FrameReader& reader, uint64_t index, std::span<uint8_t> frame,
 }  // namespace
 
 int run_preview(Args args) {
-    const Options options(
-        "preview", args,
-        {"--from", "--size", "--in", "--out", "--frame", "--matrix", "--rgb-type", "--level"},
-        {"--bottom-up"});
+    const Options options("preview", args,
+                          {"--from", "--size", "--in", "--out", "--frame", "--matrix", "--rgb-type",
+                           "--level", "--src-pitch"},
+                          {"--bottom-up"});
     options.require("--from");
     options.require("--out", "(the PNG file to write)");
     const std::optional<std::string> in = options.value("--in");
@@ -97,6 +97,9 @@ int run_preview(Args args) {
     if (const std::optional<std::string> frame = options.value("--frame")) {
         index = parse_frame_index(*frame);
     }
+    if (!in && options.has("--src-pitch")) {
+        throw ToolError("preview: --src-pitch applies to frames read with --in");
+    }
     if (!in && index != 0) {
         throw ToolError(
             "preview: without --in there is one frame, the built-in colour bars "
@@ -110,24 +113,29 @@ int run_preview(Args args) {
     std::vector<uint8_t> rgb_frame;
     std::span<uint8_t> frame;
     FrameLayout layout;
+    std::vector<FilePlane> planes;
     std::string frame_text = std::to_string(width) + "x" + std::to_string(height) + " ";
     if (extra) {
+        planes = rgb_extra_file_planes(*extra, width, height);
         layout = rgb_extra_layout(*extra, width, height);
         rgb_frame.resize(layout.frame_bytes);
         frame = rgb_frame;
         frame_text += rgb_extra_name(*extra);
     } else if (rgb) {
+        planes = rgb_file_planes(*rgb, width, height);
         layout = rgb_layout(*rgb, width, height);
         rgb_frame.resize(layout.frame_bytes);
         frame = rgb_frame;
         frame_text += rgb_depth_name(*rgb);
     } else if (deep) {
+        planes = deep_file_planes(deep_format, width, height);
         layout = deep_layout(deep_format, width, height);
         converter = std::make_unique<DeepRgbConverter>(deep_format, RgbDepth::Rgb24, width, height,
                                                        matrix_option(options), QBYCBCR_RGB_RGBA);
         frame = converter->source();
         frame_text += deep_name(deep_format);
     } else {
+        planes = coded_file_planes(from->format, width, height);
         layout = source_layout(from->format, width, height);
         converter = std::make_unique<RgbConverter>(*from, RgbDepth::Rgb24, width, height,
                                                    matrix_option(options), QBYCBCR_RGB_RGBA);
@@ -138,9 +146,24 @@ int run_preview(Args args) {
                                 : extra ? rgb_type_option(options)
                                         : QBYCBCRRgbType{QBYCBCR_RGB_RGBA};
 
+    const PitchedFrame file(
+        planes,
+        options.has("--src-pitch") ? parse_pitch(*options.value("--src-pitch"), "--src-pitch") : 0,
+        "preview: --src-pitch");
+    if (file.tight_bytes() != layout.frame_bytes || frame.size() != layout.frame_bytes) {
+        throw ToolError("preview: the command lays out the planes of " + frame_text +
+                        " inconsistently (a fault in the command)");
+    }
+    std::optional<FrameReader> reader;
     if (in) {
-        FrameReader reader(*in, layout.frame_bytes, frame_text);
-        read_frame(reader, index, frame, *in);
+        reader.emplace(*in, file.file_bytes(), frame_text);
+        if (file.padded()) {
+            std::vector<uint8_t> padded(file.file_bytes());
+            read_frame(*reader, index, padded);
+            file.unpack(padded.data(), frame.data());
+        } else {
+            read_frame(*reader, index, frame);
+        }
     } else if (rgb) {
         write_rgb_colour_bars(*rgb, type, width, height, frame);
     } else if (deep) {
@@ -170,7 +193,7 @@ int run_preview(Args args) {
     const std::vector<uint8_t> png = encode_png(width, height, picture);
 
     // Created only now, whole: no argument, input or libpng error leaves a file.
-    AtomicOutput output(*options.value("--out"));
+    AtomicOutput output(*options.value("--out"), reader ? &*reader : nullptr);
     output.write(png);
     output.commit();
     return 0;

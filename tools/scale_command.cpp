@@ -14,6 +14,7 @@
 #include "commands.h"
 #include "formats.h"
 #include "frame_io.h"
+#include "pitched_frames.h"
 #include "tool_error.h"
 
 namespace cycbcr_tool {
@@ -73,10 +74,22 @@ unsigned int parse_scale(const std::string& text) {
 
 int run_scale(Args args) {
     const Options options("scale", args,
-                          {"--from", "--size", "--in", "--out", "--scale", "--level"}, {"--422"});
+                          {"--from", "--size", "--in", "--out", "--scale", "--level", "--frames",
+                           "--skip", "--src-pitch", "--dst-pitch"},
+                          {"--422"});
     options.require("--from");
     options.require("--scale");
     if (options.has("--in")) options.require("--size", "with --in");
+    for (const char* input_only : {"--frames", "--skip", "--src-pitch"}) {
+        if (options.has(input_only) && !options.has("--in")) {
+            throw ToolError(std::string("scale: ") + input_only +
+                            " applies to frames read with --in");
+        }
+    }
+    const uint64_t max_frames =
+        options.has("--frames") ? parse_count(*options.value("--frames"), "--frames", 1) : 0;
+    const uint64_t skip =
+        options.has("--skip") ? parse_count(*options.value("--skip"), "--skip", 0) : 0;
     const FormatCode& from = resolve_code(*options.value("--from"), false);
     if (from.format != Format::V210 && from.format != Format::UYVY) {
         throw ToolError("scale: the source is v210 or UYVY, not " + code_text(from.value));
@@ -137,10 +150,28 @@ int run_scale(Args args) {
     const uint64_t c_bytes = uint64_t{chroma_width} * out.chroma_rows;
     std::vector<uint8_t> result(y_bytes + 2 * c_bytes);
 
+    // Padded rows in the input and the output files, by the rule of pitched_frames.h.
+    const PitchedFrame src_file(
+        coded_file_planes(from.format, width, height),
+        options.has("--src-pitch") ? parse_pitch(*options.value("--src-pitch"), "--src-pitch") : 0,
+        "scale: --src-pitch");
+    const PitchedFrame dst_file(
+        coded_file_planes(is422 ? Format::P422 : Format::I420, out.width, out.height),
+        options.has("--dst-pitch") ? parse_pitch(*options.value("--dst-pitch"), "--dst-pitch") : 0,
+        "scale: --dst-pitch");
+    if (src_file.tight_bytes() != frame_bytes || dst_file.tight_bytes() != result.size()) {
+        throw ToolError(
+            "scale: the command lays out the planes inconsistently (a fault in the "
+            "command)");
+    }
+    std::vector<uint8_t> file_in(src_file.padded() ? src_file.file_bytes() : 0);
+    std::vector<uint8_t> file_out(dst_file.padded() ? dst_file.file_bytes() : 0);
+
     std::optional<FrameReader> reader;
     const std::string size_text = std::to_string(width) + "x" + std::to_string(height);
     if (const std::optional<std::string> in = options.value("--in")) {
-        reader.emplace(*in, frame_bytes, size_text + " " + format_name(from.format));
+        reader.emplace(*in, src_file.file_bytes(), size_text + " " + format_name(from.format));
+        reader->skip(skip);
     } else {
         write_colour_bars(from.format, width, height, src_layout,
                           std::span<uint8_t>(src.data(), frame_bytes));
@@ -151,10 +182,20 @@ int run_scale(Args args) {
         cycbcr_get_cpu(1);
     }
     std::optional<AtomicOutput> output;
-    if (const std::optional<std::string> path = options.value("--out")) output.emplace(*path);
+    if (const std::optional<std::string> path = options.value("--out")) {
+        output.emplace(*path, reader ? &*reader : nullptr);
+    }
 
     uint64_t frames = 0;
-    while (reader ? reader->read(std::span<uint8_t>(src.data(), frame_bytes)) : frames == 0) {
+    const auto next = [&] {
+        if (!reader) return frames == 0;
+        if (max_frames != 0 && frames == max_frames) return false;
+        if (!src_file.padded()) return reader->read(std::span<uint8_t>(src.data(), frame_bytes));
+        if (!reader->read(file_in)) return false;
+        src_file.unpack(file_in.data(), src.data());
+        return true;
+    };
+    while (next()) {
         // Past the frame, copies of its last row, for any row read after it.
         for (uint64_t at = frame_bytes; height > 0 && at < src.size(); at += src_layout.pitch) {
             const uint64_t n = std::min<uint64_t>(src_layout.pitch, src.size() - at);
@@ -174,7 +215,12 @@ int run_scale(Args args) {
             std::memcpy(result.data() + y_bytes + c_bytes + uint64_t{r} * chroma_width,
                         cr.data() + uint64_t{r} * out.chroma_pitch, chroma_width);
         }
-        if (output) output->write(result);
+        if (output && dst_file.padded()) {
+            dst_file.pack(result.data(), file_out.data());
+            output->write(file_out);
+        } else if (output) {
+            output->write(result);
+        }
         ++frames;
     }
     if (output) {

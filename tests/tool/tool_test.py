@@ -307,13 +307,13 @@ class FileConversions(ToolCase):
                          ("YUNV", "yuV2"), ("YUY2", "AJYU")):
             self.assertEqual(self.convert(src, dst, "16x2", data), word_swap(data), (src, dst))
 
-    def test_output_may_replace_the_input(self):
+    def test_output_may_not_replace_the_input(self):
         data = self.random_bytes(2 * 2 * 8 * 2)
         name = self.write("frames.raw", data)
-        for _ in range(2):
-            res = run("convert", "--from", "YUY2", "--to", "UYVY", "--size", "8x2",
-                      "--in", name, "--out", name)
-            self.assertEqual(res.returncode, 0, res.stderr.decode())
+        res = run("convert", "--from", "YUY2", "--to", "UYVY", "--size", "8x2",
+                  "--in", name, "--out", name)
+        self.assertEqual(res.returncode, 2)
+        self.assertIn("same file", res.stderr.decode())
         self.assertEqual(self.read("frames.raw"), data)
         self.assertEqual(os.listdir(self.dir), ["frames.raw"])
 
@@ -1102,6 +1102,7 @@ class Progress(ToolCase):
         text = shown.decode()
         self.assertRegex(text, r"^\rcycbcr: frame [34]")  # nothing in the first second
         self.assertIn("\rcycbcr: frame 5", text)
+        self.assertRegex(text, r"\rcycbcr: frame 5, [0-9]+\.[0-9] MB/s")
         self.assertTrue(text.endswith("\r\x1b[K"), repr(text))
         self.assertEqual(self.read("a"), frame * 5)
 
@@ -1917,6 +1918,511 @@ class Compare(ToolCase):
         self.assertEqual(res.returncode, 2)
         self.assertRegex(res.stdout.decode(), r"^frame 0: .*\n$")
         self.assertIn("has no frame 1", res.stderr.decode())
+
+
+# Frames with padded rows: the layout of each plane as the usage text gives it
+# (bytes a row, rows), and the pitch of every plane for the first plane's.
+def half_up(n):
+    return (n + 1) // 2
+
+
+def tight_planes(fmt, w, h):
+    """(row bytes, rows) of each plane of a tightly packed frame."""
+    if fmt in ("UYVY", "YUY2", "YVYU", "cyuv"):
+        return [(4 * half_up(w), h)]
+    if fmt == "v210":
+        return [(v210_row_bytes(w), h)]
+    if fmt in ("I420", "YV12"):
+        return [(w, h)] + [(half_up(w), half_up(h))] * 2
+    if fmt == "P422":
+        return [(w, h)] + [(half_up(w), h)] * 2
+    if fmt == "NV12":
+        return [(w, h), (2 * half_up(w), half_up(h))]
+    if fmt in ("NV10", "NV12p16"):
+        return [(2 * w, h), (4 * half_up(w), half_up(h))]
+    if fmt.startswith("yuv420p"):
+        return [(2 * w, h)] + [(2 * half_up(w), half_up(h))] * 2
+    if fmt.startswith("yuv422p"):
+        return [(2 * w, h)] + [(2 * half_up(w), h)] * 2
+    if fmt.startswith("yuv444p"):
+        return [(2 * w, h)] * 3
+    planes = {"rgbp8": 1, "rgbp16": 2, "rgbpf": 4}
+    if fmt in planes:
+        return [(planes[fmt] * w, h)] * 3
+    pixel = {"rgb555": 2, "rgb565": 2, "rgb24": 3, "rgb32": 4, "rgb48": 6, "rgb64": 8,
+             "rgb32f": 16, "rgb10": 4, "rgb10p": 4}
+    return [(pixel[fmt] * w, h)]
+
+
+def plane_pitches(fmt, pitch, count):
+    """The usage text's rule: 8-bit 4:2:0 and 4:2:2 chroma rows ceil(P / 2)
+    apart, 16-bit ones 2 * ceil(P / 4); NV12's pairs P rounded up to even,
+    NV10's and NV12p16's to a multiple of 4; every other plane at P."""
+    if fmt in ("I420", "YV12", "P422"):
+        chroma = -(-pitch // 2)
+    elif fmt.startswith("yuv420p") or fmt.startswith("yuv422p"):
+        chroma = 2 * -(-pitch // 4)
+    elif fmt == "NV12":
+        chroma = pitch + pitch % 2
+    elif fmt in ("NV10", "NV12p16"):
+        chroma = -(-pitch // 4) * 4
+    else:
+        chroma = pitch
+    return [pitch] + [chroma] * (count - 1)
+
+
+def pad_frames(data, fmt, w, h, pitch, fill=lambda n: bytes(n)):
+    """Every frame of data (tightly packed) with its rows at the pitch, the
+    padding made by fill."""
+    planes = tight_planes(fmt, w, h)
+    frame = sum(r * n for r, n in planes)
+    assert len(data) % frame == 0, (fmt, len(data), frame)
+    out = bytearray()
+    at = 0
+    while at < len(data):
+        for (row, rows), p in zip(planes, plane_pitches(fmt, pitch, len(planes))):
+            for _ in range(rows):
+                out += data[at:at + row] + fill(p - row)
+                at += row
+    return bytes(out)
+
+
+class StandardStreams(ToolCase):
+    """--in - and --out -: the same bytes as through files, frames from a pipe
+    read one by one, a partial last frame named, no binary on a terminal."""
+
+    def test_pipes_carry_the_same_bytes_as_files(self):
+        data = self.random_bytes(5 * 2 * 6 * 2)
+        inp = self.write("in.yuy2", data)
+        args = ["convert", "--from", "YUY2", "--to", "UYVY", "--size", "6x2"]
+        # A pipe in, a pipe out.
+        res = run(*args, "--in", "-", "--out", "-", stdin=data)
+        self.assertEqual(res.returncode, 0, res.stderr.decode())
+        self.assertEqual(res.stdout, word_swap(data))
+        # Standard input redirected from a file, and a file to standard output.
+        with open(inp, "rb") as f:
+            res = subprocess.run([TOOL, *args, "--in", "-", "--out", "-"], stdin=f,
+                                 capture_output=True, timeout=60)
+        self.assertEqual(res.returncode, 0, res.stderr.decode())
+        self.assertEqual(res.stdout, word_swap(data))
+        # Conversions on padded working rows and to RGB: the same bytes as the files.
+        v210 = self.random_bytes(3 * v210_row_bytes(14) * 4)
+        self.write("in.v210", v210)
+        for dst in ("I420", "rgb24", "yuv422p10"):
+            args = ["convert", "--from", "v210", "--to", dst, "--size", "14x4"]
+            res = run(*args, "--in", self.path("in.v210"), "--out", self.path("o"))
+            self.assertEqual(res.returncode, 0, res.stderr.decode())
+            res = run(*args, "--in", "-", "--out", "-", stdin=v210)
+            self.assertEqual(res.returncode, 0, res.stderr.decode())
+            self.assertEqual(res.stdout, self.read("o"), dst)
+        self.assertEqual(sorted(os.listdir(self.dir)), ["in.v210", "in.yuy2", "o"])
+
+    def test_frames_from_a_pipe_are_converted_as_they_come(self):
+        # The first frame's output shows before the input ends.
+        frame = self.random_bytes(2 * 4 * 2)
+        p = subprocess.Popen([TOOL, "convert", "--from", "YUY2", "--to", "UYVY", "--size",
+                              "4x2", "--in", "-", "--out", "-", "--threads", "1"],
+                             stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                             stderr=subprocess.PIPE)
+        try:
+            p.stdin.write(frame)
+            p.stdin.flush()
+            self.assertEqual(os.read(p.stdout.fileno(), 4096), word_swap(frame))
+            p.stdin.write(frame[::-1])
+        finally:
+            p.stdin.close()
+        self.assertEqual(p.stdout.read(), word_swap(frame[::-1]))
+        self.assertEqual(p.wait(timeout=60), 0)
+        p.stdout.close()
+        p.stderr.close()
+
+    def test_partial_last_frame_names_the_input(self):
+        frames = bytes(2 * 4 * 2 * 2 + 3)
+        args = ["convert", "--from", "YUY2", "--to", "UYVY", "--size", "4x2"]
+        res = run(*args, "--in", "-", "--out", self.path("o"), stdin=frames)
+        self.assertEqual(res.returncode, 2)
+        self.assertIn("standard input ends 3 bytes into frame 3", res.stderr.decode())
+        self.assertEqual(os.listdir(self.dir), [])
+        inp = self.write("short.raw", frames)
+        res = run(*args, "--in", inp, "--out", "-")
+        self.assertEqual(res.returncode, 2)
+        self.assertIn(f"input '{inp}'", res.stderr.decode())
+        self.assertEqual(res.stdout, b"")
+
+    def test_binary_output_refused_on_a_terminal(self):
+        master, slave = pty.openpty()
+        try:
+            for args in (["convert", "--from", "UYVY", "--to", "I420", "--size", "4x2"],
+                         ["preview", "--from", "UYVY", "--size", "4x2"],
+                         ["scale", "--from", "v210", "--size", "12x2", "--scale", "150"]):
+                res = subprocess.run([TOOL, *args, "--out", "-"], stdout=slave,
+                                     stderr=subprocess.PIPE, timeout=60)
+                self.assertEqual(res.returncode, 2, args)
+                self.assertIn("standard output is a terminal", res.stderr.decode())
+            os.set_blocking(master, False)
+            try:
+                shown = os.read(master, 4096)
+            except BlockingIOError:
+                shown = b""
+            self.assertEqual(shown, b"")
+        finally:
+            os.close(slave)
+            os.close(master)
+
+    def test_preview_png_and_scale_frames_on_standard_output(self):
+        uyvy = self.random_bytes(2 * 2 * 12 * 6)
+        inp = self.write("in.uyvy", uyvy)
+        res = run("preview", "--from", "UYVY", "--size", "12x6", "--in", inp, "--frame", "1",
+                  "--out", self.path("p.png"))
+        self.assertEqual(res.returncode, 0, res.stderr.decode())
+        res = run("preview", "--from", "UYVY", "--size", "12x6", "--in", "-", "--frame", "1",
+                  "--out", "-", stdin=uyvy)
+        self.assertEqual(res.returncode, 0, res.stderr.decode())
+        self.assertEqual(res.stdout, self.read("p.png"))
+        self.assertEqual(read_png(res.stdout)[:2], (12, 6))
+        args = ["scale", "--from", "UYVY", "--size", "12x6", "--scale", "150"]
+        res = run(*args, "--in", inp, "--out", self.path("s.raw"))
+        self.assertEqual(res.returncode, 0, res.stderr.decode())
+        res = run(*args, "--in", "-", "--out", "-", stdin=uyvy)
+        self.assertEqual(res.returncode, 0, res.stderr.decode())
+        self.assertEqual(res.stdout, self.read("s.raw"))
+        self.assertEqual(len(res.stdout), 2 * (8 * 4 + 2 * 4 * 2))
+        self.assertIn("frames=2", res.stderr.decode())
+
+
+class FrameSelection(ToolCase):
+    """--skip and --frames pick the right frames from files, from standard
+    input on a file and from pipes, and refuse a --skip past the end."""
+
+    FRAME = 2 * 4 * 2  # YUY2 4x2
+
+    def frames(self, n):
+        # Each frame distinguishable from every other one.
+        return [bytes([k]) * 2 + self.random_bytes(self.FRAME - 2) for k in range(n)]
+
+    def select(self, frames, *options, how="file"):
+        data = b"".join(frames)
+        args = ["convert", "--from", "YUY2", "--to", "UYVY", "--size", "4x2", *options]
+        if how == "file":
+            res = run(*args, "--in", self.write("in.raw", data), "--out", "-")
+        elif how == "pipe":
+            res = run(*args, "--in", "-", "--out", "-", stdin=data)
+        else:
+            with open(self.write("in.raw", data), "rb") as f:
+                res = subprocess.run([TOOL, *args, "--in", "-", "--out", "-"], stdin=f,
+                                     capture_output=True, timeout=60)
+        return res
+
+    def test_skip_and_frames(self):
+        frames = self.frames(6)
+        for how in ("file", "pipe", "stdin-file"):
+            for options, chosen in ((["--skip", "2", "--frames", "3"], frames[2:5]),
+                                    (["--skip", "5"], frames[5:]),
+                                    (["--frames", "1"], frames[:1]),
+                                    (["--skip", "0", "--frames", "9"], frames),
+                                    (["--skip", "4", "--frames", "9"], frames[4:])):
+                for threads in ("1", "3"):
+                    res = self.select(frames, *options, "--threads", threads, how=how)
+                    self.assertEqual(res.returncode, 0, res.stderr.decode())
+                    self.assertEqual(res.stdout, word_swap(b"".join(chosen)),
+                                     (how, options, threads))
+
+    def test_skip_past_the_end_is_refused(self):
+        frames = self.frames(3)
+        for how in ("file", "pipe", "stdin-file"):
+            for skip in ("3", "4", "100"):
+                res = self.select(frames, "--skip", skip, how=how)
+                self.assertEqual(res.returncode, 2, (how, skip))
+                self.assertIn("--skip " + skip, res.stderr.decode())
+                self.assertEqual(res.stdout, b"")
+        self.write("keep", b"kept")
+        for bad in (["--frames", "0"], ["--frames", "-1"], ["--skip", "x"], ["--skip", "-1"],
+                    ["--frames", "1.5"]):
+            res = self.select(frames, *bad)
+            self.assertEqual(res.returncode, 2, bad)
+        # Selection applies to frames read from a file only.
+        for option in ("--skip", "--frames"):
+            res = run("convert", "--from", "YUY2", "--to", "UYVY", option, "1")
+            self.assertEqual(res.returncode, 2, option)
+            self.assertIn("--in", res.stderr.decode())
+
+    def test_scale_and_preview_select_the_same_frames(self):
+        frames = [self.random_bytes(2 * 12 * 6) for _ in range(4)]
+        self.write("all.uyvy", b"".join(frames))
+        args = ["scale", "--from", "UYVY", "--size", "12x6", "--scale", "150"]
+        res = run(*args, "--in", "-", "--skip", "1", "--frames", "2", "--out", "-",
+                  stdin=b"".join(frames))
+        self.assertEqual(res.returncode, 0, res.stderr.decode())
+        each = []
+        for k in (1, 2):
+            self.write("one.uyvy", frames[k])
+            one = run(*args, "--in", self.path("one.uyvy"), "--out", "-")
+            self.assertEqual(one.returncode, 0, one.stderr.decode())
+            each.append(one.stdout)
+        self.assertEqual(res.stdout, b"".join(each))
+        res = run(*args, "--in", self.path("all.uyvy"), "--skip", "4", "--out", "-")
+        self.assertEqual(res.returncode, 2)
+        # preview --frame from a pipe: frames read and dropped up to it.
+        self.write("one.uyvy", frames[3])
+        one = run("preview", "--from", "UYVY", "--size", "12x6", "--in", self.path("one.uyvy"),
+                  "--out", "-")
+        piped = run("preview", "--from", "UYVY", "--size", "12x6", "--in", "-", "--frame", "3",
+                    "--out", "-", stdin=b"".join(frames))
+        self.assertEqual(piped.returncode, 0, piped.stderr.decode())
+        self.assertEqual(piped.stdout, one.stdout)
+
+
+class PaddedRows(ToolCase):
+    """--src-pitch and --dst-pitch against a model of the padded layout: a
+    padded input converts as its tight frames do, padded output is the tight
+    output with zero padding, in every plane arrangement."""
+
+    # (source, destination, size, the source's samples' bits for 16-bit words)
+    CASES = (("UYVY", "UYVY", "6x3", 8), ("I420", "YV12", "6x4", 8), ("P422", "UYVY", "6x3", 8),
+             ("UYVY", "P422", "10x2", 8), ("v210", "I420", "14x4", 8), ("v210", "v210", "7x2", 8),
+             ("NV12", "rgb24", "5x3", 8), ("I420", "rgb32", "5x3", 8),
+             ("yuv420p10", "v210", "5x3", 10), ("yuv422p12", "v210", "6x2", 12),
+             ("yuv444p10", "v210", "5x2", 10), ("NV10", "v210", "7x3", 10),
+             ("NV12p16", "v210", "5x3", 16), ("v210", "NV12p16", "7x3", 8),
+             ("v210", "yuv422p16", "5x2", 8), ("v210", "yuv444p10", "7x2", 8),
+             ("yuv420p10", "rgbp16", "6x2", 10), ("I420", "rgbp8", "6x2", 8),
+             ("I420", "rgbpf", "4x2", 8), ("rgb24", "UYVY", "6x2", 8),
+             ("rgb48", "yuv422p12", "4x3", 8))
+
+    def tight_source(self, fmt, w, h, bits, frames=2):
+        size = sum(r * n for r, n in tight_planes(fmt, w, h))
+        if bits > 8:
+            return word_bytes(self.rng.getrandbits(bits) for _ in range(frames * size // 2))
+        return self.random_bytes(frames * size)
+
+    def pitches(self, fmt, w, h):
+        row = tight_planes(fmt, w, h)[0][0]
+        # Whole samples of 16-bit words and floats.
+        unit = 4 if fmt == "rgbpf" else 2 if fmt.startswith("yuv") or fmt in (
+            "NV10", "NV12p16", "rgbp16") else 1
+        return (row, row + unit, row + 10 * unit, row + 25 * unit)
+
+    def test_padded_input_converts_as_tight(self):
+        for src, dst, size, bits in self.CASES:
+            w, h = map(int, size.split("x"))
+            tight = self.tight_source(src, w, h, bits)
+            want = self.convert(src, dst, size, tight)
+            for pitch in self.pitches(src, w, h):
+                padded = pad_frames(tight, src, w, h, pitch, self.random_bytes)
+                for threads in ("1", "2"):
+                    got = self.convert(src, dst, size, padded, "--src-pitch", str(pitch),
+                                       "--threads", threads)
+                    self.assertEqual(got, want, (src, dst, size, pitch, threads))
+
+    def test_padded_output_is_the_tight_output_with_zero_padding(self):
+        for src, dst, size, bits in self.CASES:
+            w, h = map(int, size.split("x"))
+            tight = self.tight_source(src, w, h, bits, frames=3)
+            want = self.convert(src, dst, size, tight)
+            for pitch in self.pitches(dst, w, h):
+                got = self.convert(src, dst, size, tight, "--dst-pitch", str(pitch),
+                                   "--threads", "3")
+                self.assertEqual(got, pad_frames(want, dst, w, h, pitch),
+                                 (src, dst, size, pitch))
+
+    def test_repadding_round_trip(self):
+        # From one padding to another, on a format converted to itself.
+        w, h = 10, 3
+        tight = self.random_bytes(4 * 2 * w * h)
+        padded = pad_frames(tight, "UYVY", w, h, 33, self.random_bytes)
+        got = self.convert("UYVY", "UYVY", f"{w}x{h}", padded, "--src-pitch", "33",
+                           "--dst-pitch", "48")
+        self.assertEqual(got, pad_frames(tight, "UYVY", w, h, 48))
+        # The built-in frame written padded: its summary counts padded bytes.
+        res = run("convert", "--from", "UYVY", "--to", "I420", "--size", "8x2", "--dst-pitch",
+                  "11")
+        self.assertEqual(res.returncode, 0, res.stderr.decode())
+        self.assertIn("bytes=%d " % (11 * 2 + 2 * 6 * 1), res.stdout.decode())
+
+    def test_preview_and_scale_with_padded_rows(self):
+        w, h = 12, 6
+        uyvy = self.random_bytes(2 * 2 * w * h)
+        padded = pad_frames(uyvy, "UYVY", w, h, 40, self.random_bytes)
+        self.write("tight.uyvy", uyvy)
+        self.write("padded.uyvy", padded)
+        common = ["--from", "UYVY", "--size", f"{w}x{h}"]
+        tight_png = run("preview", *common, "--in", self.path("tight.uyvy"), "--frame", "1",
+                        "--out", "-")
+        padded_png = run("preview", *common, "--in", self.path("padded.uyvy"), "--frame", "1",
+                         "--src-pitch", "40", "--out", "-")
+        self.assertEqual(padded_png.returncode, 0, padded_png.stderr.decode())
+        self.assertEqual(padded_png.stdout, tight_png.stdout)
+        scale = ["scale", *common, "--scale", "150", "--out", "-"]
+        tight = run(*scale, "--in", self.path("tight.uyvy"))
+        self.assertEqual(tight.returncode, 0, tight.stderr.decode())
+        got = run(*scale, "--in", self.path("padded.uyvy"), "--src-pitch", "40",
+                  "--dst-pitch", "13")
+        self.assertEqual(got.returncode, 0, got.stderr.decode())
+        self.assertEqual(got.stdout, pad_frames(tight.stdout, "I420", 8, 4, 13))
+
+    def test_bad_pitches_are_refused(self):
+        self.write("out.raw", b"kept")
+        uyvy = self.write("in.uyvy", bytes(2 * 6 * 2))
+        ten = self.write("in.p10", bytes(2 * (6 * 2 + 2 * 3 * 1)))
+        for args in (["--from", "UYVY", "--to", "I420", "--in", uyvy, "--src-pitch", "11"],
+                     ["--from", "UYVY", "--to", "I420", "--in", uyvy, "--dst-pitch", "5"],
+                     ["--from", "UYVY", "--to", "I420", "--in", uyvy, "--src-pitch", "0"],
+                     ["--from", "UYVY", "--to", "I420", "--in", uyvy, "--src-pitch", "x"],
+                     ["--from", "yuv420p10", "--to", "v210", "--in", ten, "--src-pitch", "13"],
+                     ["--from", "UYVY", "--to", "I420", "--src-pitch", "16"]):
+            res = run("convert", "--size", "6x2", *args, "--out", self.path("out.raw"))
+            self.assertEqual(res.returncode, 2, args)
+            self.assertEqual(len(res.stderr.decode().splitlines()), 1, res.stderr)
+        self.assertIn("less than the 12-byte rows", run(
+            "convert", "--size", "6x2", "--from", "UYVY", "--to", "I420", "--in", uyvy,
+            "--src-pitch", "11").stderr.decode())
+        self.assertEqual(self.read("out.raw"), b"kept")
+        self.assertEqual(sorted(os.listdir(self.dir)), ["in.p10", "in.uyvy", "out.raw"])
+
+
+class SubcommandHelp(ToolCase):
+    """Every subcommand's --help and -h: its own usage on stdout, status 0,
+    each a part of the whole usage."""
+
+    COMMANDS = ("convert", "preview", "scale", "formats", "cpu")
+
+    def test_each_subcommand_prints_its_own_usage(self):
+        whole = run("--help")
+        self.assertEqual(whole.returncode, 0)
+        whole = whole.stdout.decode()
+        for command in self.COMMANDS:
+            for flag in ("--help", "-h"):
+                for extra in ([], ["--from", "UYVY"] if command == "convert" else []):
+                    res = run(command, *extra, flag)
+                    self.assertEqual(res.returncode, 0, (command, flag, res.stderr))
+                    self.assertEqual(res.stderr, b"")
+                    text = res.stdout.decode()
+                    self.assertTrue(text.startswith("usage:\n  cycbcr " + command), text[:80])
+                    for other in self.COMMANDS:
+                        if other != command:
+                            self.assertNotIn("\n  cycbcr " + other + " ", text, command)
+                    # Its synopsis and description are those of the whole usage.
+                    synopsis, description = text.split("\n\n")[0:2]
+                    self.assertIn(synopsis.split("\n", 1)[1], whole)
+                    self.assertIn(description, whole)
+        self.assertIn("--threads", run("convert", "--help").stdout.decode())
+        self.assertIn("--src-pitch", run("scale", "-h").stdout.decode())
+
+
+class SameFileAndReadOnlyOutputs(ToolCase):
+    """An output that is the input itself, by any name, and an existing file
+    without write permission: refused, nothing touched."""
+
+    def assert_refused(self, res, words):
+        self.assertEqual(res.returncode, 2, res.stderr.decode())
+        self.assertIn(words, res.stderr.decode())
+
+    def test_output_naming_the_input_is_refused(self):
+        data = self.random_bytes(2 * 4 * 2 * 3)
+        name = self.write("frames.raw", data)
+        os.symlink("frames.raw", self.path("link.raw"))
+        os.link(name, self.path("hard.raw"))
+        convert = ["convert", "--from", "YUY2", "--to", "UYVY", "--size", "4x2"]
+        for out in (name, self.path("link.raw"), self.path("hard.raw"),
+                    self.path("./frames.raw"), self.path("../" + os.path.basename(self.dir)
+                                                         + "/frames.raw")):
+            self.assert_refused(run(*convert, "--in", name, "--out", out), "same file")
+            self.assert_refused(run(*convert, "--in", self.path("link.raw"), "--out", out),
+                                "same file")
+        # Standard input that is the output file, and standard output that is
+        # the input (opened for appending, so not emptied before the command runs).
+        with open(name, "rb") as f:
+            res = subprocess.run([TOOL, *convert, "--in", "-", "--out", name], stdin=f,
+                                 capture_output=True, timeout=60)
+        self.assert_refused(res, "same file")
+        with open(name, "ab") as f:
+            res = subprocess.run([TOOL, *convert, "--in", name, "--out", "-"], stdout=f,
+                                 stderr=subprocess.PIPE, timeout=60)
+        self.assert_refused(res, "same file")
+        for args in (["scale", "--from", "UYVY", "--size", "4x2", "--scale", "100"],
+                     ["preview", "--from", "UYVY", "--size", "4x2"]):
+            self.assert_refused(run(*args, "--in", name, "--out", self.path("hard.raw")),
+                                "same file")
+        self.assertEqual(self.read("frames.raw"), data)
+        self.assertEqual(sorted(os.listdir(self.dir)), ["frames.raw", "hard.raw", "link.raw"])
+
+    def test_read_only_output_is_kept(self):
+        # The mode bits are checked, so this holds for the superuser too.
+        inp = self.write("in.raw", bytes(2 * 4 * 2))
+        for mode in (0o444, 0o400, 0o000):
+            out = self.write("out.raw", b"read-only contents")
+            os.chmod(out, mode)
+            for args in (["convert", "--from", "YUY2", "--to", "UYVY", "--size", "4x2",
+                          "--in", inp],
+                         ["preview", "--from", "UYVY", "--size", "4x2"],
+                         ["scale", "--from", "v210", "--size", "12x2", "--scale", "150"]):
+                self.assert_refused(run(*args, "--out", out), "not writable")
+            self.assertEqual(stat.S_IMODE(os.stat(out).st_mode), mode)
+            os.chmod(out, 0o644)
+            self.assertEqual(self.read("out.raw"), b"read-only contents")
+            self.assertEqual(sorted(os.listdir(self.dir)), ["in.raw", "out.raw"])
+        # Writable again, it is replaced.
+        res = run("convert", "--from", "YUY2", "--to", "UYVY", "--size", "4x2", "--in", inp,
+                  "--out", out)
+        self.assertEqual(res.returncode, 0, res.stderr.decode())
+        self.assertEqual(self.read("out.raw"), bytes(2 * 4 * 2))
+
+
+class Threads(ToolCase):
+    """--threads: the same bytes at every count, frames in input order, the
+    first error stopping the run with nothing written."""
+
+    def test_every_count_writes_the_same_bytes(self):
+        cases = (("v210", "UYVY", "96x6", lambda n: self.random_bytes(n * v210_row_bytes(96) * 6)),
+                 ("v210", "I420", "50x4", lambda n: self.random_bytes(n * v210_row_bytes(50) * 4)),
+                 ("YUY2", "rgb24", "10x3", lambda n: self.random_bytes(n * 2 * 10 * 3)),
+                 ("yuv422p10", "v210", "14x2",
+                  lambda n: word_bytes(self.rng.getrandbits(10) for _ in range(n * 2 * 14 * 2))),
+                 ("rgb24", "yuv444p10", "8x2", lambda n: self.random_bytes(n * 3 * 8 * 2)))
+        for src, dst, size, make in cases:
+            data = make(7)
+            self.write("in.raw", data)
+            outputs = {}
+            for threads in ("1", "2", "3", "8"):
+                outputs[threads] = self.convert(src, dst, size, data, "--threads", threads)
+                res = run("convert", "--from", src, "--to", dst, "--size", size, "--in", "-",
+                          "--out", "-", "--threads", threads, stdin=data)
+                self.assertEqual(res.returncode, 0, res.stderr.decode())
+                self.assertEqual(res.stdout, outputs[threads], (src, dst, threads))
+                summary = run("convert", "--from", src, "--to", dst, "--size", size, "--in",
+                              self.path("in.raw"), "--threads", threads)
+                self.assertIn("frames=7 ", summary.stdout.decode())
+                self.assertIn("fnv1a64=%016x" % fnv1a64(outputs[threads]),
+                              summary.stdout.decode())
+            for threads in ("2", "3", "8"):
+                self.assertEqual(outputs[threads], outputs["1"], (src, dst, threads))
+            # Each frame alone gives its part of the output.
+            frame = len(data) // 7
+            part = len(outputs["1"]) // 7
+            for k in (0, 3, 6):
+                one = self.convert(src, dst, size, data[k * frame:(k + 1) * frame])
+                self.assertEqual(outputs["3"][k * part:(k + 1) * part], one, (src, dst, k))
+
+    def test_order_kept_over_many_frames(self):
+        frames = [self.random_bytes(2 * 4 * 2) for _ in range(200)]
+        data = b"".join(frames)
+        res = run("convert", "--from", "YUY2", "--to", "UYVY", "--size", "4x2", "--in", "-",
+                  "--out", "-", "--threads", "4", stdin=data)
+        self.assertEqual(res.returncode, 0, res.stderr.decode())
+        self.assertEqual(res.stdout, word_swap(data))
+
+    def test_errors_and_bad_counts(self):
+        # A partial last frame, met while the workers convert: no output file.
+        data = bytes(2 * 4 * 2 * 9 + 5)
+        for threads in ("2", "4"):
+            res = run("convert", "--from", "YUY2", "--to", "UYVY", "--size", "4x2", "--in", "-",
+                      "--out", self.path("o"), "--threads", threads, stdin=data)
+            self.assertEqual(res.returncode, 2)
+            self.assertIn("ends 5 bytes into frame 10", res.stderr.decode())
+            self.assertEqual(os.listdir(self.dir), [])
+        for bad in ("0", "-1", "x", "257", ""):
+            res = run("convert", "--from", "UYVY", "--to", "I420", "--threads", bad)
+            self.assertEqual(res.returncode, 2, bad)
 
 
 if __name__ == "__main__":
