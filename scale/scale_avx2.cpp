@@ -300,7 +300,7 @@ inline void step3_chunk(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src
     _mm_storeu_si128(reinterpret_cast<__m128i*>(y), _mm256_castsi256_si128(o));
     const __m128i c = _mm256_extracti128_si256(o, 1);
     _mm_storel_epi64(reinterpret_cast<__m128i*>(cb), c);
-    _mm_storeh_pd(reinterpret_cast<double*>(cr), _mm_castsi128_pd(c));
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(cr), _mm_unpackhi_epi64(c, c));
 }
 
 }  // namespace
