@@ -67,7 +67,7 @@ void v210_groups_to_samples(uint16_t* dst, const uint8_t* src, uint32_t groups) 
 // pixels at a time, from the 4 * step groups under them unpacked to 16-bit
 // samples in address order; reads end with the group of the last output pixel.
 void v210_step_row(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t step,
-                   uint32_t count, SampleGroups unpack) {
+                   uint32_t count, SampleGroups unpack, size_t /*ahead*/) {
     constexpr uint32_t kChunk = 24;
     if (count == 0) return;
     const uint32_t groups = step * (count - 1) / 6 + 1;
@@ -178,15 +178,26 @@ unsigned int reduce_by_step(uint8_t* dstY, uint8_t* dstCb, uint8_t* dstCr, const
     const bool full = is422 != 0;
     const Reduction r = by_step(width, height, step, full);
     const uint32_t count = luma_row_bytes(r.width);
-    const Rows s = rows_down(src, std::max(v210_row_size(width), srcPitch));
+    const uint32_t pitch = std::max(v210_row_size(width), srcPitch);
+    const Rows s = rows_down(src, pitch);
     const Rows y = rows_down(dstY, count);
     const Rows cb = rows_down(dstCb, count / 2);
     const Rows cr = rows_down(dstCr, count / 2);
-    walk(all_rows(r.height), [&](uint32_t j) {
+    const auto output_row = [&](uint32_t j) {
         const ChromaRow c = output_chroma_row(full, j);
-        row(y.at(j), c.present ? cb.at(c.row) : nullptr, c.present ? cr.at(c.row) : nullptr,
-            s.at(j * step), step, count, unpack);
-    });
+        return StepRow{y.at(j), c.present ? cb.at(c.row) : nullptr,
+                       c.present ? cr.at(c.row) : nullptr, s.at(j * step)};
+    };
+    uint32_t j = 0;
+    if (vector)
+        // Rows two at a time, each turn asking for the next pair's lines.
+        for (; j + 2 <= r.height; j += 2)
+            avx2::v210_step_rows(output_row(j), output_row(j + 1), step, count, unpack,
+                                 j + 3 < r.height ? 2 * size_t{step} * pitch : 0);
+    for (; j < r.height; ++j) {
+        const StepRow o = output_row(j);
+        row(o.y, o.cb, o.cr, o.src, step, count, unpack, 0);
+    }
     return r.result;
 }
 

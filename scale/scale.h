@@ -6,6 +6,7 @@
 // every output row (4:2:2) or on even output rows only (4:2:0).
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "frame/buffer_sizes.h"
@@ -30,19 +31,34 @@ void v210_groups_to_samples(uint16_t* dst, const uint8_t* src, uint32_t groups);
 // One output row of the v210 reduction by `step` (1 to 4): `count` luma samples
 // (output sample i sits on source pixel step * i) and, when cb is given,
 // count / 2 Cb and Cr samples; the groups are unpacked by `unpack` (the AVX2
-// unpacker at level 5, the same samples).
+// unpacker at level 5, the same samples). `ahead` is the AVX2 form's distance
+// to the next source row read, unused here.
 void v210_step_row(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t step,
-                   uint32_t count, SampleGroups unpack);
+                   uint32_t count, SampleGroups unpack, size_t ahead);
 }  // namespace plain
+
+// One output row of the general path: where its samples go and its source row.
+struct StepRow {
+    uint8_t* y;
+    uint8_t* cb;  // null on rows without chroma
+    uint8_t* cr;
+    const uint8_t* src;
+};
 
 namespace avx2 {
 // The same bytes as the plain kernels; the tails are finished by them.
 void uyvy_row_1_5(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t groups);
 void v210_row_1_5(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t groups);
 // Steps 2 and 4 24 output pixels at a time, step 3 16 at a time; other steps
-// and the row's last pixels through plain::v210_step_row.
+// and the row's last pixels through plain::v210_step_row. Each step asks for
+// the same bytes `ahead` further on, in the next source row read: rows read
+// some apart are a pattern the hardware prefetcher does not follow.
 void v210_step_row(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t step,
-                   uint32_t count, SampleGroups unpack);
+                   uint32_t count, SampleGroups unpack, size_t ahead);
+// Two output rows, the same bytes as two v210_step_row calls; at step 2 their
+// turns alternate, so both source rows stream in at once.
+void v210_step_rows(const StepRow& a, const StepRow& b, uint32_t step, uint32_t count,
+                    SampleGroups unpack, size_t ahead);
 }  // namespace avx2
 
 // The bytes reached from each pointer (Y, Cb, Cr, source) of the scaling

@@ -6,6 +6,7 @@
 
 #include <cstring>
 
+#include "platform/memory.h"
 #include "scale/scale.h"
 
 namespace cycbcr::scale::avx2 {
@@ -190,9 +191,15 @@ inline void step2_chunk(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src
         return _mm256_srli_epi32(_mm256_add_epi32(_mm256_and_si256(a, m), _mm256_and_si256(b, m)),
                                  3);
     };
-    store_luma24(y, sum(shifted(a1, 10, 20, 10, 20), shifted(b1, 0, 10, 0, 10)),
-                 sum(shifted(a2, 10, 20, 10, 20), shifted(b2, 0, 10, 0, 10)),
-                 sum(w3, _mm256_srli_epi32(w3, 20)), wide);
+    store_luma24(
+        y, sum(shifted(a1, 10, 20, 10, 20), shifted(b1, 0, 10, 0, 10)),
+        sum(shifted(a2, 10, 20, 10, 20), shifted(b2, 0, 10, 0, 10)),
+        // Y4 and Y5 share word 3: kept as Y4 and Y5 << 4 in its halves,
+        // one multiply-add gives 16 (Y4 + Y5).
+        _mm256_srli_epi32(_mm256_madd_epi16(_mm256_and_si256(w3, _mm256_set1_epi32(0x3FF003FF)),
+                                            _mm256_set1_epi32(0x00010010)),
+                          7),
+        wide);
     // Chroma, truncated: Cb0 Cb4 and Cr0 Cr4 of groups a and c, Cb2 Cr2 of b and d.
     const __m256i c1 = shifted(words_of<0, 2>(q.g[0], q.g[2]), 2, 22, 2, 22);
     const __m256i c2 = shifted(words_of<0, 3>(q.g[0], q.g[2]), 22, 12, 22, 12);
@@ -306,39 +313,93 @@ inline void step3_chunk(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src
 }  // namespace
 
 void v210_step_row(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t step,
-                   uint32_t count, SampleGroups unpack) {
+                   uint32_t count, SampleGroups unpack, size_t ahead) {
+    // The next row's lines under a turn's 128 or 256 source bytes.
+    const auto ask = [ahead](const uint8_t* s, size_t bytes) {
+        for (size_t k = 0; k < bytes; k += 64) prefetch(s + k, ahead);
+    };
     uint32_t i = 0;
     // 24 output pixels a step, from 8 (step 2) or 16 (step 4) whole groups. A
     // turn with eight more outputs after it may store 32 luma and 16 of each
     // chroma bytes whole: the next turn, or the plain tail, writes over the rest.
     if (step == 2) {
         if (cb != nullptr) {
-            for (; i + 24 <= count; i += 24)
+            for (; i + 24 <= count; i += 24) {
+                ask(src + kGroupBytes * (i / 3), 128);
                 step2_chunk<true>(y + i, cb + i / 2, cr + i / 2, src + kGroupBytes * (i / 3),
                                   i + 32 <= count);
+            }
         } else {
-            for (; i + 24 <= count; i += 24)
+            for (; i + 24 <= count; i += 24) {
+                ask(src + kGroupBytes * (i / 3), 128);
                 step2_chunk<false>(y + i, nullptr, nullptr, src + kGroupBytes * (i / 3),
                                    i + 32 <= count);
+            }
         }
     } else if (step == 3) {
         // 16 output pixels a turn, from 8 groups.
         if (cb != nullptr) {
-            for (; i + 16 <= count; i += 16)
+            for (; i + 16 <= count; i += 16) {
+                ask(src + kGroupBytes * (i / 2), 128);
                 step3_chunk<true>(y + i, cb + i / 2, cr + i / 2, src + kGroupBytes * (i / 2));
+            }
         } else {
-            for (; i + 16 <= count; i += 16)
+            for (; i + 16 <= count; i += 16) {
+                ask(src + kGroupBytes * (i / 2), 128);
                 step3_chunk<false>(y + i, nullptr, nullptr, src + kGroupBytes * (i / 2));
+            }
         }
     } else if (step == 4) {
         for (; i + 24 <= count; i += 24) {
             uint8_t* b = cb ? cb + i / 2 : nullptr;
             uint8_t* r = cr ? cr + i / 2 : nullptr;
+            ask(src + kGroupBytes * size_t{step * i / 6}, 256);
             step4_chunk(y + i, b, r, src + kGroupBytes * size_t{step * i / 6});
         }
     }
     plain::v210_step_row(y + i, cb ? cb + i / 2 : nullptr, cr ? cr + i / 2 : nullptr,
-                         src + kGroupBytes * size_t{step * i / 6}, step, count - i, unpack);
+                         src + kGroupBytes * size_t{step * i / 6}, step, count - i, unpack, 0);
+}
+
+namespace {
+// Two rows of the reduction by 2 a turn at a time, so that two source rows
+// stream in together.
+template <bool C0, bool C1>
+uint32_t step2_pair(const StepRow& a, const StepRow& b, uint32_t count, size_t ahead) {
+    uint32_t i = 0;
+    for (; i + 24 <= count; i += 24) {
+        const size_t g = kGroupBytes * (i / 3);
+        for (size_t k = 0; k < 128; k += 64) {
+            prefetch(a.src + g + k, ahead);
+            prefetch(b.src + g + k, ahead);
+        }
+        const bool wide = i + 32 <= count;
+        step2_chunk<C0>(a.y + i, C0 ? a.cb + i / 2 : nullptr, C0 ? a.cr + i / 2 : nullptr,
+                        a.src + g, wide);
+        step2_chunk<C1>(b.y + i, C1 ? b.cb + i / 2 : nullptr, C1 ? b.cr + i / 2 : nullptr,
+                        b.src + g, wide);
+    }
+    return i;
+}
+}  // namespace
+
+void v210_step_rows(const StepRow& a, const StepRow& b, uint32_t step, uint32_t count,
+                    SampleGroups unpack, size_t ahead) {
+    if (step != 2) {
+        // Each row asks for the one after it.
+        v210_step_row(a.y, a.cb, a.cr, a.src, step, count, unpack, ahead / 2);
+        v210_step_row(b.y, b.cb, b.cr, b.src, step, count, unpack, ahead / 2);
+        return;
+    }
+    const bool c0 = a.cb != nullptr, c1 = b.cb != nullptr;
+    const uint32_t i = c0 ? (c1 ? step2_pair<true, true>(a, b, count, ahead)
+                                : step2_pair<true, false>(a, b, count, ahead))
+                          : (c1 ? step2_pair<false, true>(a, b, count, ahead)
+                                : step2_pair<false, false>(a, b, count, ahead));
+    for (const StepRow* r : {&a, &b})
+        plain::v210_step_row(r->y + i, r->cb ? r->cb + i / 2 : nullptr,
+                             r->cr ? r->cr + i / 2 : nullptr, r->src + kGroupBytes * (i / 3), 2,
+                             count - i, unpack, 0);
 }
 
 void uyvy_row_1_5(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t groups) {
