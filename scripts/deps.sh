@@ -6,6 +6,7 @@ set -euo pipefail
 packages=(
     cmake ninja-build g++ pkgconf binutils python3
     libgtest-dev libgmock-dev libbenchmark-dev
+    clang libclang-rt-14-dev
     libyuv-dev libavcodec-dev libavutil-dev libswscale-dev
     libpng-dev
 )
