@@ -113,7 +113,7 @@ constexpr Shape kShapes[] = {
     {Kind::Fromv210_16, "ddds", "PPFF", false},
     {Kind::Scale, "ddds", "PPSF", false},
     {Kind::Tov210, "dsss", "PPFF", false},
-    {Kind::PlanarEngine, "sssddd", "PPF", false},
+    {Kind::PlanarEngine, "sssddd", "PPG", false},
     {Kind::PlanarCopy, "dddsss", "PP", false},
     {Kind::Planar422420, "dddsss", "PPFF", false},
     {Kind::ToRgbEngine, "dsss", "PPMTFFDP", false},
@@ -527,6 +527,22 @@ bool engine_sizes(const Call& c, std::array<uint64_t, 6>& out) {
     return false;
 }
 
+bool unsized(Kind k);
+
+// A bound on every buffer of the engines below: the frame's rows (and one more,
+// for the field-exchanging engines) at the widest pitch among the call's
+// pitches and the widest natural row (8 bytes a pixel, whole groups of 12),
+// with 64 bytes to spare.
+void loose_sizes(const Call& c, std::array<uint64_t, 6>& out) {
+    const Shape& s = shape_of(c.entry->kind);
+    uint64_t pitch = 8 * (uint64_t{c.width} + 12);
+    for (size_t i = 0; i < c.numCount; ++i)
+        if (s.numbers[i] == 'P') pitch = std::max<uint64_t>(pitch, c.num[i]);
+    const uint64_t bytes = (uint64_t{c.height} + 2) * pitch + 64;
+    out = {};
+    for (size_t i = 0; i < std::strlen(s.pointers); ++i) out[i] = bytes;
+}
+
 // The bytes each pointer of the call may touch, in argument order; false when
 // the query does not know the converter.
 bool sizes(const Call& c, std::array<uint64_t, 6>& out) {
@@ -534,6 +550,10 @@ bool sizes(const Call& c, std::array<uint64_t, 6>& out) {
     const Shape& s = shape_of(e.kind);
     out = {};
     const uint w = c.width, h = c.height;
+    if (unsized(e.kind)) {
+        loose_sizes(c, out);
+        return true;
+    }
     switch (e.kind) {
         case Kind::Unpack8:
         case Kind::Unpack16: {
@@ -594,8 +614,9 @@ bool has_avx2() {
 bool has_ssse3() {
     return (cycbcr_cpu_flags() & 0x80u) != 0;
 }
-// Engines that neither the query nor this harness sizes yet: they are reached
-// only through the converters that call them.
+// Engines that the query does not answer and whose reach this harness does not
+// model exactly: their buffers get a bound instead (loose_sizes above), so the guard
+// pages catch only reaches past it; the sanitizers watch everything else.
 bool unsized(Kind k) {
     switch (k) {
         case Kind::PlanarEngine:
@@ -614,7 +635,6 @@ bool unsized(Kind k) {
 
 bool runnable(const Entry& e) {
     const std::string_view n = e.name;
-    if (unsized(e.kind)) return false;
     if (n.find("avx2") != n.npos && !has_avx2()) return false;
     if (n.find("ssse3") != n.npos && !has_ssse3()) return false;
     return true;
@@ -730,7 +750,10 @@ void keep_to_domain(Call& c, uint level) {
     if (n == "cycbcr_RGB64_to_uyvy" && c.num[4] != 48) c.num[4] = 64;
     // The toplanar engines take mode 0 (4:2:0) or 1 (4:2:2); the field-exchanging
     // fromplanar also has mode 2.
-    if (n == "cycbcr_fromplanar_fieldinvert") c.num[2] %= 3;
+    if (c.entry->kind == Kind::PlanarEngine && n != "cycbcr_fromplanar_fieldinvert") c.num[2] &= 1;
+    // The engines from RGB read 24-, 32-, 48- or 64-bit pixels.
+    if (c.entry->kind == Kind::FromRgbEngine && c.num[6] != 24 && c.num[6] != 32 && c.num[6] != 48)
+        c.num[6] = 64;
 }
 
 // cycbcr_ToRGB hands planar 4:2:0 frames with depth 32 and rgbType 0 to the
@@ -939,7 +962,6 @@ void check_table() {
 void check_sizes() {
     bool ok = true;
     for (const Entry& e : kEntries) {
-        if (unsized(e.kind)) continue;
         const Shape& s = shape_of(e.kind);
         Call c{&e, 10, 4};
         c.numCount = std::strlen(s.numbers);

@@ -21,10 +21,12 @@ for target in convert command; do
     for dir in "$root/fuzz/corpus/$target" "$root/fuzz/regress/$target"; do
         [[ -d $dir ]] && kept+=("$dir")
     done
+    dict=()
+    [[ -f $root/fuzz/$target.dict ]] && dict=(-dict="$root/fuzz/$target.dict")
     # The first corpus directory takes the new inputs; the kept ones are read.
     ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
         "$exe" -max_total_time="$seconds" -timeout=30 -max_len=4096 -close_fd_mask=2 \
-        -print_final_stats=1 -artifact_prefix="$work/" \
+        -print_final_stats=1 -artifact_prefix="$work/" "${dict[@]}" \
         "$work/corpus" "${kept[@]}" >"$work/log" 2>&1 &
     pids[$target]=$!
 done
