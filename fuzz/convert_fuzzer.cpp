@@ -770,11 +770,12 @@ bool may_write_source(std::string_view name) {
     return name == "cycbcr_RGB32_to_uyvy" || name == "cycbcr_RGB32_to_cyuv";
 }
 
-// Source bytes: the rest of the input, repeated; float RGB gets finite values
-// between -0.5 and 1.5 (a colour, not a NaN).
+// Source bytes: the rest of the input, repeated. Float RGB gets values between
+// -0.5 and 1.5 when the first byte is even, else any bit pattern (NaNs and
+// infinities included).
 void fill(u8* p, uint64_t n, const std::vector<u8>& data, bool floats) {
     if (n == 0) return;
-    if (floats) {
+    if (floats && (data.empty() || data[0] % 2 == 0)) {
         for (uint64_t i = 0; i + 4 <= n; i += 4) {
             const uint16_t v =
                 data.empty() ? 0 : static_cast<uint16_t>(data[(i / 4) % data.size()] * 257u);
