@@ -237,7 +237,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (fchdir(g_home) != 0) fail("cannot return to the fuzzer's directory");
 
     if (status != 0 && status != 2) fail("exit status " + std::to_string(status));
-    if (open_descriptors() != descriptors) fail("a file descriptor was left open");
+    if (open_descriptors() != descriptors)
+        fail("the open file descriptors changed (one left open, or one of the harness closed)");
     std::set<std::string> after;
     list_tree(g_root, after);
     for (const std::string& p : after)
