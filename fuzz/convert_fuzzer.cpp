@@ -531,11 +531,11 @@ bool unsized(Kind k);
 
 // A bound on every buffer of the engines below: the frame's rows (and one more,
 // for the field-exchanging engines) at the widest pitch among the call's
-// pitches and the widest natural row (8 bytes a pixel, whole groups of 12),
-// with 64 bytes to spare.
+// pitches and the widest natural row (8 bytes a pixel, whole groups of 12, or
+// a natural v210 row), with 64 bytes to spare.
 void loose_sizes(const Call& c, std::array<uint64_t, 6>& out) {
     const Shape& s = shape_of(c.entry->kind);
-    uint64_t pitch = 8 * (uint64_t{c.width} + 12);
+    uint64_t pitch = std::max<uint64_t>(8 * (uint64_t{c.width} + 12), v210_row_bytes(c.width));
     for (size_t i = 0; i < c.numCount; ++i)
         if (s.numbers[i] == 'P') pitch = std::max<uint64_t>(pitch, c.num[i]);
     const uint64_t bytes = (uint64_t{c.height} + 2) * pitch + 64;
