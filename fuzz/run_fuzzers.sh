@@ -35,7 +35,7 @@ status=0
 for target in convert command; do
     work=$build/fuzz-work/$target
     if wait "${pids[$target]}"; then
-        echo "fuzz $target: $(grep -E '^Done [0-9]+ runs' "$work/log" || echo done)"
+        echo "fuzz $target: $(grep -E '^Done [0-9]+ runs' "$work/log" || echo 'finished')"
     else
         status=1
         echo "fuzz $target: FAILED; the end of its log ($work/log):"
