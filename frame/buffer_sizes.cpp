@@ -171,6 +171,12 @@ extern "C" CYCBCR_API unsigned int cycbcr_converter_buffer_sizes(
             e = colour::to_rgb_extent(Format::UYVY, Format::RGB32, c, matrix, rgbType);
             known = true;
         }
+        // The plain copy under its own name: the v210 copy is this function with
+        // the same arguments.
+        if (!known && std::strcmp(name, "cycbcr_interleaved_copy") == 0) {
+            e = kExtents(Format::V210, Format::V210)(Format::V210, Format::V210, c);
+            known = true;
+        }
         if (!known && std::strcmp(name, "cycbcr_RGB64_to_uyvy") == 0) {
             // 48 or 64 bits a pixel by its ninth argument: the wider of both.
             e = widest(

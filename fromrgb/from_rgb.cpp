@@ -423,7 +423,8 @@ uint64_t from_rgb_form(uint8_t* dst, const uint8_t* src, unsigned int width, uns
 
 // Float channels to the 8-bit scale: 256 steps, 1.0 and above 255.
 CYCBCR_INLINE float scaled(float v) {
-    if (v <= 0.0f) return 0.0f;
+    // A NaN is at no point of the scale: it reads as 0, as values below it do.
+    if (!(v > 0.0f)) return 0.0f;
     if (v >= 1.0f) return 255.0f;
     return std::trunc(v * 256.0f);
 }

@@ -86,12 +86,20 @@ inline void store(uint16_t* p, __m128i v) {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v);
 }
 
+// The pixels a row's vector steps take: whole steps that leave the row's last
+// pixel to the plain row, since a step ending there would read that pixel's
+// unused word (the last 2 bytes of the row for layouts 0 and 2), which the
+// plain row never touches.
+uint32_t vector_pixels(uint32_t width, uint32_t step) {
+    return width == 0 ? 0 : (width - 1) / step * step;
+}
+
 // 4-word pixels only (every channel within its own pixel); 3-word pixels stay
 // on the plain row.
 uint32_t p12_422_row(const WordRowArgs& a) {
     if (a.l.words != 4) return 0;
     const Weights k = weights(a, 2048, 4095);
-    const uint32_t n = a.width / 16 * 16;
+    const uint32_t n = vector_pixels(a.width, 16);
     for (uint32_t x = 0; x < n; x += 16) {
         const uint8_t* p = a.src + size_t{x} * 8;
         // The source 4 KiB ahead (a hint: past the row's end it faults nothing).
@@ -114,7 +122,7 @@ uint32_t p12_422_row(const WordRowArgs& a) {
 uint32_t p10_444_row(const WordRowArgs& a) {
     if (a.l.words != 4) return 0;
     const Weights k = weights(a, 512, 1023);
-    const uint32_t n = a.width / 8 * 8;
+    const uint32_t n = vector_pixels(a.width, 8);
     for (uint32_t x = 0; x < n; x += 8) {
         _mm_prefetch(reinterpret_cast<const char*>(a.src + size_t{x} * 8) + 4096, _MM_HINT_T0);
         const Eight e = eight(a.src + size_t{x} * 8, k);

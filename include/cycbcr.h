@@ -1711,13 +1711,13 @@ CYCBCR_API uint64_t cycbcr_RGB32_to_planar(uint8_t* y, uint8_t* cb, uint8_t* cr,
 
 /* Float RGB (four 32-bit floats a pixel, srcPitch in bytes) to UYVY. Channel
  * order by layout 0 to 3 as for 32-bit pixels; any other layout reads R, G, B
- * from floats 0, 1, 2. Each channel: 0 at or below 0, 255 at or above 1.0,
- * else truncate(v * 256). Per pixel Y, Cb, Cr = truncate(weights . RGB +
- * offset (Y) or 128 + 0.5) in single precision with the forward table (1 to
- * 10, else BT.601), clamped to 0..255; each pair written as (Cb0 + Cb1 + 1) >>
- * 1, Y0, (Cr0 + Cr1 + 1) >> 1, Y1, width / 2 pairs per row. Returns 0 (and
- * writes nothing) for a NULL pointer, width below 2 or height 0, else height *
- * width * 2. */
+ * from floats 0, 1, 2. Each channel: 0 at or below 0 (and for a NaN), 255 at
+ * or above 1.0, else truncate(v * 256). Per pixel Y, Cb, Cr =
+ * truncate(weights . RGB + offset (Y) or 128 + 0.5) in single precision with
+ * the forward table (1 to 10, else BT.601), clamped to 0..255; each pair
+ * written as (Cb0 + Cb1 + 1) >> 1, Y0, (Cr0 + Cr1 + 1) >> 1, Y1, width / 2
+ * pairs per row. Returns 0 (and writes nothing) for a NULL pointer, width
+ * below 2 or height 0, else height * width * 2. */
 CYCBCR_API uint64_t cycbcr_RGB32F_to_uyvy(uint8_t* dst, const void* src, unsigned int width,
                                           unsigned int height, unsigned int dstPitch,
                                           unsigned int srcPitch, QBYCBCRMatrix matrix,

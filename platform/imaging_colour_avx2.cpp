@@ -39,22 +39,22 @@ using V = __m256i;
 // ---- constants ----
 
 // Channels in the order B, G, R.
-consteval int32_t cb_coefficient(Matrix m, int channel) {
+constexpr int32_t cb_coefficient(Matrix m, int channel) {
     const Coefficients k = coefficients(m);
     return channel == 0 ? k.bCb : channel == 1 ? k.gCb : 0;
 }
-consteval int32_t cr_coefficient(Matrix m, int channel) {
+constexpr int32_t cr_coefficient(Matrix m, int channel) {
     const Coefficients k = coefficients(m);
     return channel == 1 ? k.gCr : channel == 2 ? k.rCr : 0;
 }
 // What a pair adds before its chroma terms: rounding, the black level taken
 // from the luma term, and -128 on each chroma sample.
-consteval int32_t pair_bias(Matrix m, int channel) {
+constexpr int32_t pair_bias(Matrix m, int channel) {
     const Coefficients k = coefficients(m);
     return 32768 - k.black * k.y - 128 * (cb_coefficient(m, channel) + cr_coefficient(m, channel));
 }
 // The luma coefficient's part above 65536.
-consteval int32_t luma_fraction(Matrix m) {
+constexpr int32_t luma_fraction(Matrix m) {
     return coefficients(m).y - 65536;
 }
 static_assert(luma_fraction(Matrix::Bt601) > 0 && luma_fraction(Matrix::Bt601) < 32768);
@@ -72,10 +72,10 @@ struct Plan {
     int32_t t, u;
     int32_t bias;
 };
-consteval int32_t rounded_high(int32_t k) {
+constexpr int32_t rounded_high(int32_t k) {
     return (k + 32768) >> 16;
 }
-consteval Plan plan(Matrix m, bool cbLow, int channel) {
+constexpr Plan plan(Matrix m, bool cbLow, int channel) {
     const int32_t kCb = cb_coefficient(m, channel), kCr = cr_coefficient(m, channel);
     const int32_t kLow = cbLow ? kCb : kCr, kHigh = cbLow ? kCr : kCb;
     const int32_t t = rounded_high(kHigh), u = rounded_high(kLow - t);
@@ -179,7 +179,7 @@ CYCBCR_INLINE void store_bgra(Ipp8u* d, const V c[3], V alpha) {
 
 // Byte t of output block k (of three 16-byte blocks) takes channel j of pixel
 // (16k + t) / 3 when that is the channel it holds.
-consteval char rgb24_index(int k, int j, int t) {
+constexpr char rgb24_index(int k, int j, int t) {
     const int p = 16 * k + t;
     return p % 3 == j ? static_cast<char>(p / 3) : static_cast<char>(0x80);
 }

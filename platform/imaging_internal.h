@@ -54,7 +54,7 @@ struct Coefficients {
     int32_t rCr, gCr, gCb, bCb;
 };
 
-consteval Coefficients coefficients(Matrix m) {
+constexpr Coefficients coefficients(Matrix m) {
     switch (m) {
         case Matrix::Bt601:
             return {q16(1164), 16, q16(1596), q16(-813), q16(-392), q16(2017)};
@@ -87,7 +87,7 @@ struct ForwardCoefficients {
     int32_t low, high;
 };
 
-consteval ForwardCoefficients forward_coefficients(Matrix m) {
+constexpr ForwardCoefficients forward_coefficients(Matrix m) {
     if (m == Matrix::Bt709Hdtv)
         // Studio RGB in: no luma offset, and the codes 0 and 255 kept free.
         return {{q16(72), q16(715), q16(213)},

@@ -30,8 +30,9 @@ test_packages=(
 )
 
 # Tools that steps of continuous integration (.ci/run) need beyond the test
-# suite, such as another compiler; installed with the test profile.
-ci_packages=()
+# suite: clang and its runtime libraries for the fuzzing targets (libFuzzer and
+# the sanitizers); installed with the test profile.
+ci_packages=(clang libclang-rt-14-dev)
 
 list=0
 if [[ ${1:-} == --list ]]; then

@@ -363,6 +363,21 @@ TEST(BufferSizes, WorkedExamples) {
     cycbcr_buffer_sizes(CYCBCR_FOURCC_v210, CYCBCR_FOURCC_YUY2, 8, 3, 0, 16, &d, &s);
     EXPECT_EQ(s, 3u * 24);
     EXPECT_EQ(d, 2u * 128 + 32);
+    // cyuv to RGB at width 0 converts nothing but still turns the frame over:
+    // 9 rows of 14 bytes.
+    ASSERT_EQ(cycbcr_converter_buffer_sizes("cycbcr_cyuv_to_rgb24", 0, 9, 14, 43, 0, 0, &d, &s),
+              1u);
+    EXPECT_EQ(d, 9u * 14);
+    EXPECT_EQ(s, 0u);
+    // The plain copy by its own name: min(dstPitch, srcPitch) bytes a row, so
+    // 20 of each row at pitches 24 and 20; one block of 3 * 20 with equal pitches.
+    ASSERT_EQ(cycbcr_converter_buffer_sizes("cycbcr_interleaved_copy", 10, 3, 24, 20, 0, 0, &d, &s),
+              1u);
+    EXPECT_EQ(d, 2u * 24 + 20);
+    EXPECT_EQ(s, 2u * 20 + 20);
+    cycbcr_converter_buffer_sizes("cycbcr_interleaved_copy", 10, 3, 20, 20, 0, 0, &d, &s);
+    EXPECT_EQ(d, 3u * 20);
+    EXPECT_EQ(s, 3u * 20);
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include <cstring>
 #include <sstream>
 #include <string>
+#include <limits>
 #include <vector>
 
 #include "cycbcr.h"
@@ -707,6 +708,25 @@ void answered_at_least(const char* name, uint32_t w, uint32_t h, uint32_t dp, ui
     EXPECT_GE(s, sBytes) << name << " width " << w << " height " << h;
     dBytes = std::max(d, dBytes);
     sBytes = std::max(s, sBytes);
+}
+
+// A NaN channel reads as 0, like values below 0 (the command hands any file's
+// floats over, so every bit pattern must be defined).
+TEST(FromRgbFloat, NotANumberReadsAsZero) {
+    ASSERT_EQ(cycbcr_set_cpu(0), 0u);
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    // Grey under matrix 1: Y is the channel, chroma 128.
+    const float v[] = {nan, -nan, 0.5f, nan};
+    const uint8_t want[] = {0, 0, 128, 0};
+    std::vector<float> src;
+    for (float x : v) src.insert(src.end(), {x, x, x, 0.0f});
+    std::vector<uint8_t> d(8, 0xEE);
+    EXPECT_EQ(cycbcr_RGB32F_to_uyvy(d.data(), src.data(), 4, 1, 8, 64, 1, 0), 8u);
+    for (int i = 0; i < 4; ++i) EXPECT_EQ(d[2 * i + 1], want[i]) << i;
+    for (int k = 0; k < 2; ++k) {
+        EXPECT_EQ(d[4 * k], 128);
+        EXPECT_EQ(d[4 * k + 2], 128);
+    }
 }
 
 TEST(FromRgbFloat, EarlyReturnsAndTheScaleOf256) {

@@ -574,6 +574,18 @@ TEST(P16Model, EveryWidthResidueAtBothLevels) {
                            seed++);
 }
 
+// Rows that end on a whole vector step, in layouts whose last word a pixel
+// does not use (0 and 2): the step must not read that word of the row's last
+// pixel, which lies past the answered source bytes (guard page) on the last row.
+TEST(P16Model, RowsEndingOnAWholeStepReadNoFurther) {
+    uint32_t seed = 3000;
+    for (Conv conv : kConvs)
+        for (uint32_t bpp : depths_of(conv))
+            for (uint32_t w : {8u, 16u, 32u, 48u})
+                for (QBYCBCRRgbType t : {0u, 2u})
+                    check_case(shaped(conv, w, 2, 1, t, bpp, 0), seed++);
+}
+
 // Extreme words (0, just below and at a 10-bit step, 0xFFFF) in every
 // combination, every matrix, both levels: clamps and signs of the quotients.
 TEST(P16Model, ExtremeWordsEveryMatrix) {

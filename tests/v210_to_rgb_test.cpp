@@ -170,6 +170,24 @@ TEST(V210ToRgb, EnginesMatchTheModel) {
     }
 }
 
+// The planar forms' planes may start at any byte and have odd pitches (under
+// UndefinedBehaviorSanitizer a 16-bit store to an odd address fails here).
+TEST(V210ToRgb, PlanarFormsTakePlanesAtAnyByte) {
+    for (unsigned level : {0u, 5u}) {
+        cycbcr_set_cpu(level);
+        for (const Form& f : kForms) {
+            if (!f.planar) continue;
+            const uint32_t w = 13, h = 3, sp = 64, dp = 2 * w + 3;
+            const auto src = random_v210(size_t{sp} * h + 64, 77);
+            std::vector<uint8_t> got(size_t{dp} * h * 3 + 1, 0xA5), want(size_t{dp} * h * 3, 0xA5);
+            f.fn(got.data() + 1, src.data(), w, h, dp, sp, 1, 0, 48);
+            v210rgb::model_planar(want, src.data(), {w, h, dp, sp, 1, 0}, f.arith);
+            EXPECT_TRUE(same_bytes(std::vector<uint8_t>(got.begin() + 1, got.end()), want))
+                << f.name << " level " << level;
+        }
+    }
+}
+
 TEST(V210ToRgb, ConvertersAndAlphaMatchTheModel) {
     using Conv = unsigned int (*)(uint8_t*, const uint8_t*, unsigned, unsigned, unsigned, unsigned,
                                   QBYCBCRMatrix, QBYCBCRRgbType);

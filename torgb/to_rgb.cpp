@@ -517,7 +517,8 @@ Extent to_rgb_extent(Format from, Format to, const Call& c, QBYCBCRMatrix matrix
                                        : to == Format::RGB565 ? RgbDepth::Rgb565
                                        : to == Format::RGB24  ? RgbDepth::Rgb24
                                                               : RgbDepth::Rgb32);
-    if (w == 0 || h == 0) return {};
+    // With nothing to convert a bottom-up source's frame is still turned over.
+    if (w == 0 || h == 0) return {0, info(from).bottom_up ? inverted_end(0, h, c.dstPitch) : 0};
     Extent engine, ipp;
     // The engine and every vector form of it.
     engine.dst = rows_end(0, h, c.dstPitch, 2 * pairs * bytes);

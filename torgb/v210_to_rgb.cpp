@@ -4,6 +4,8 @@
 // order; the AVX2 row kernels give the same bytes.
 #include "torgb/v210_to_rgb.h"
 
+#include <cstring>
+
 #include "frame/entry.h"
 #include "frame/export.h"
 #include "frame/row_walk.h"
@@ -24,13 +26,20 @@ void row_packed(const uint8_t* src, uint32_t width, const RowOut& o, const Coeff
     });
 }
 
+// Planes may start at any byte and have odd pitches: samples are stored a
+// byte at a time, as little-endian words.
+CYCBCR_INLINE void put_sample(uint16_t* plane, uint32_t x, uint32_t v) {
+    const uint16_t w = static_cast<uint16_t>(v);
+    std::memcpy(plane + x, &w, 2);
+}
+
 template <Arith A>
 void row_planar(const uint8_t* src, uint32_t width, const RowOut& o, const Coeffs& c) {
     row_samples(src, width, [&](uint32_t x, Sample s) {
         const Rgb p = A == Arith::C ? pixel_c(c.k, s) : pixel_f(c.f, s);
-        o.plane[0][x] = static_cast<uint16_t>(p.r);
-        o.plane[1][x] = static_cast<uint16_t>(p.g);
-        o.plane[2][x] = static_cast<uint16_t>(p.b);
+        put_sample(o.plane[0], x, p.r);
+        put_sample(o.plane[1], x, p.g);
+        put_sample(o.plane[2], x, p.b);
     });
 }
 

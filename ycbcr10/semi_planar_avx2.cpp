@@ -82,7 +82,7 @@ void nv12_pairs_to_uyvy(uint8_t* dst, const uint8_t* y, const uint8_t* c, uint32
         store32<S>(dst + 4 * k + 32, _mm256_unpackhi_epi8(vc, vy));
         k += 16;
     };
-    for (; k + 32 <= pairs;) {
+    while (k + 32 <= pairs) {
         prefetch(y + 2 * k, kAhead);
         prefetch(c + 2 * k, kAhead);
         step();

@@ -131,11 +131,14 @@ CYCBCR_API unsigned int cycbcr_planar_copy(uint8_t* dY, uint8_t* dA, uint8_t* dB
                            sy = cycbcr::rows_down(sY, srcPitch);
         cycbcr::walk(cycbcr::all_rows(height),
                      [&](uint32_t r) { cycbcr::CopyMemoryFast(dy.at(r), sy.at(r), n); });
-        for (const auto& [d, s] : {std::pair{dA, sA}, std::pair{dB, sB}})
+        for (const auto& plane : {std::pair{dA, sA}, std::pair{dB, sB}}) {
+            uint8_t* const d = plane.first;
+            const uint8_t* const s = plane.second;
             cycbcr::walk(cycbcr::all_rows(height / 2), [&](uint32_t r) {
                 cycbcr::CopyMemoryFast(d + (static_cast<size_t>(r) * dstPitch) / 2,
                                        s + (static_cast<size_t>(r) * srcPitch) / 2, n / 2);
             });
+        }
     }
     return luma + luma / 2;
 }
