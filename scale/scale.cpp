@@ -18,7 +18,8 @@ namespace plain {
 // Six pixels a group, in both sources the same twelve samples in address order
 // (Cb0 Y0 Cr0 Y1 Cb2 Y2 Cr2 Y3 Cb4 Y4 Cr4 Y5): Y'0 = Y0 with Y1, Y'1 = Y2,
 // Y'2 = Y3 with Y4, Y'3 = Y5, chroma of pixels 0 and 4 (pixel 2's dropped).
-void uyvy_row_1_5(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t groups) {
+void uyvy_row_1_5(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t groups,
+                  size_t /*ahead*/) {
     for (uint32_t g = 0; g < groups; ++g, src += 12, y += 4) {
         y[0] = static_cast<uint8_t>((src[1] + src[3]) >> 1);
         y[1] = src[5];
@@ -33,7 +34,8 @@ void uyvy_row_1_5(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint
     }
 }
 
-void v210_row_1_5(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t groups) {
+void v210_row_1_5(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t groups,
+                  size_t /*ahead*/) {
     for (uint32_t g = 0; g < groups; ++g, src += kV210GroupBytes, y += 4) {
         uint32_t v[12];
         for (unsigned k = 0; k < 12; ++k) v[k] = v210_sample(src, k);
@@ -141,8 +143,11 @@ unsigned int reduce_1_5(uint8_t* dstY, uint8_t* dstCb, uint8_t* dstCr, const uin
     const Rows cr = rows_down(dstCr, 2 * size_t{groups});
     walk(all_rows(r.height), [&](uint32_t j) {
         const ChromaRow c = output_chroma_row(full, j);
+        // The next row read is two rows on, unless it is the last.
+        const uint32_t from = source_row_1_5(j);
+        const size_t ahead = from + 2 <= source_row_1_5(r.height - 1) ? 2 * size_t{srcPitch} : 0;
         row(y.at(j), c.present ? cb.at(c.row) : nullptr, c.present ? cr.at(c.row) : nullptr,
-            s.at(source_row_1_5(j)), groups);
+            s.at(from), groups, ahead);
     });
     return r.result;
 }

@@ -15,17 +15,20 @@ namespace cycbcr::scale {
 
 // One output row of the reduction by 1.5: `groups` groups of six source pixels
 // (12 UYVY bytes or one 16-byte v210 group each) into four luma samples and,
-// when cb is given, two Cb and two Cr samples.
+// when cb is given, two Cb and two Cr samples. `ahead` is the distance to the
+// next source row read (0 for none), for the AVX2 forms to ask for its lines.
 using ReduceRow = void (*)(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src,
-                           uint32_t groups);
+                           uint32_t groups, size_t ahead);
 
 // v210 groups unpacked to their twelve samples each in address order, as 16-bit
 // v << 6; may store 4 bytes past the last group.
 using SampleGroups = void (*)(uint16_t* dst, const uint8_t* src, uint32_t groups);
 
 namespace plain {
-void uyvy_row_1_5(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t groups);
-void v210_row_1_5(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t groups);
+void uyvy_row_1_5(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t groups,
+                  size_t ahead);
+void v210_row_1_5(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t groups,
+                  size_t ahead);
 // v210 groups to samples (the plain SampleGroups).
 void v210_groups_to_samples(uint16_t* dst, const uint8_t* src, uint32_t groups);
 // One output row of the v210 reduction by `step` (1 to 4): `count` luma samples
@@ -46,9 +49,13 @@ struct StepRow {
 };
 
 namespace avx2 {
-// The same bytes as the plain kernels; the tails are finished by them.
-void uyvy_row_1_5(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t groups);
-void v210_row_1_5(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t groups);
+// The same bytes as the plain kernels; the tails are finished by them. Each
+// step asks for the same bytes of the next source row read, `ahead` on, and
+// for the output lines it will write a few steps later.
+void uyvy_row_1_5(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t groups,
+                  size_t ahead);
+void v210_row_1_5(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t groups,
+                  size_t ahead);
 // Steps 2 and 4 24 output pixels at a time, step 3 16 at a time; other steps
 // and the row's last pixels through plain::v210_step_row. Each step asks for
 // the same bytes `ahead` further on, in the next source row read: rows read

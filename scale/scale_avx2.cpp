@@ -13,6 +13,25 @@ namespace cycbcr::scale::avx2 {
 namespace {
 
 constexpr size_t kGroupBytes = 16;
+// The output lines a few turns ahead are asked for with PREFETCHW (this file is
+// built with it; processors without it run it as a no-op), so that a store
+// finds its line already owned rather than waiting for the read that fetches it.
+constexpr size_t kLumaAhead = 256, kChromaAhead = 128;
+inline void prefetch_for_write(const void* p, size_t ahead) {
+    __builtin_prefetch(reinterpret_cast<const char*>(reinterpret_cast<uintptr_t>(p) + ahead), 1, 3);
+}
+// Luma byte i of a row and, when cb is given, chroma byte i / 2.
+inline void own_outputs(uint8_t* y, uint8_t* cb, uint8_t* cr, uint32_t i) {
+    prefetch_for_write(y + i, kLumaAhead);
+    if (cb != nullptr) {
+        prefetch_for_write(cb + i / 2, kChromaAhead);
+        prefetch_for_write(cr + i / 2, kChromaAhead);
+    }
+}
+template <bool Chroma>
+inline void own_outputs(const StepRow& r, uint32_t i) {
+    own_outputs(r.y, Chroma ? r.cb : nullptr, Chroma ? r.cr : nullptr, i);
+}
 
 // Truncating byte average: the rounding average less the bit it rounded up.
 inline __m256i average_down(__m256i a, __m256i b) {
@@ -373,6 +392,8 @@ uint32_t step2_pair(const StepRow& a, const StepRow& b, uint32_t count, size_t a
             prefetch(a.src + g + k, ahead);
             prefetch(b.src + g + k, ahead);
         }
+        own_outputs<C0>(a, i);
+        own_outputs<C1>(b, i);
         const bool wide = i + 32 <= count;
         step2_chunk<C0>(a.y + i, C0 ? a.cb + i / 2 : nullptr, C0 ? a.cr + i / 2 : nullptr,
                         a.src + g, wide);
@@ -402,11 +423,15 @@ void v210_step_rows(const StepRow& a, const StepRow& b, uint32_t step, uint32_t 
                              count - i, unpack, 0);
 }
 
-void uyvy_row_1_5(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t groups) {
+void uyvy_row_1_5(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t groups,
+                  size_t ahead) {
     uint32_t g = 0;
     // Each group is loaded as 16 bytes: keep one more group after the step.
     for (; g + 9 <= groups; g += 8) {
         const uint8_t* s = src + 12 * size_t{g};
+        prefetch(s, ahead);  // 96 bytes, in at most two lines
+        prefetch(s + 64, ahead);
+        own_outputs(y, cb, cr, 4 * g);
         const __m256i r02 = _mm256_unpacklo_epi64(uyvy_two_groups(s), uyvy_two_groups(s + 24));
         const __m256i r46 = _mm256_unpacklo_epi64(uyvy_two_groups(s + 48), uyvy_two_groups(s + 72));
         // r02 dwords: g0Y g0C g2Y g2C | g1Y g1C g3Y g3C; r46 likewise for 4..7.
@@ -418,13 +443,17 @@ void uyvy_row_1_5(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint
                      _mm256_permute2x128_si256(a, b, 0x31));
     }
     plain::uyvy_row_1_5(y + 4 * size_t{g}, cb ? cb + 2 * size_t{g} : nullptr,
-                        cr ? cr + 2 * size_t{g} : nullptr, src + 12 * size_t{g}, groups - g);
+                        cr ? cr + 2 * size_t{g} : nullptr, src + 12 * size_t{g}, groups - g, 0);
 }
 
-void v210_row_1_5(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t groups) {
+void v210_row_1_5(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint32_t groups,
+                  size_t ahead) {
     uint32_t g = 0;
     for (; g + 8 <= groups; g += 8) {
         const auto* s = reinterpret_cast<const __m256i*>(src + 16 * size_t{g});
+        prefetch(s, ahead);
+        prefetch(s + 2, ahead);
+        own_outputs(y, cb, cr, 4 * g);
         const __m256i v0 = _mm256_loadu_si256(s), v1 = _mm256_loadu_si256(s + 1);
         const __m256i v2 = _mm256_loadu_si256(s + 2), v3 = _mm256_loadu_si256(s + 3);
         const __m256i luma =
@@ -436,7 +465,7 @@ void v210_row_1_5(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uint
                      cr ? cr + 2 * size_t{g} : nullptr, luma, chroma);
     }
     plain::v210_row_1_5(y + 4 * size_t{g}, cb ? cb + 2 * size_t{g} : nullptr,
-                        cr ? cr + 2 * size_t{g} : nullptr, src + 16 * size_t{g}, groups - g);
+                        cr ? cr + 2 * size_t{g} : nullptr, src + 16 * size_t{g}, groups - g, 0);
 }
 
 }  // namespace cycbcr::scale::avx2
