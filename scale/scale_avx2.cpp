@@ -92,53 +92,12 @@ inline __m256i pack_groups(__m256i g01, __m256i g23, __m256i g45, __m256i g67) {
     return _mm256_permutevar8x32_epi32(p, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7));
 }
 
-// Step 4: per 24 output pixels, four vectors of luma results (three
-// valid dwords a lane, outputs in lane order) and four of chroma results
-// (dwords Cb Cb Cb Cr Cr Cr - -); stores 24 luma and, when cb is given, 12 Cb
-// and 12 Cr bytes.
-inline __m256i ordered_bytes(const __m256i (&v)[4]) {
-    const __m256i p =
-        _mm256_packus_epi16(_mm256_packus_epi32(v[0], v[1]), _mm256_packus_epi32(v[2], v[3]));
-    return _mm256_permutevar8x32_epi32(p, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7));
-}
+// Twelve bytes from the low ones of v.
 inline void store12(uint8_t* d, __m128i v) {
     _mm_storel_epi64(reinterpret_cast<__m128i*>(d), v);
     const int last = _mm_cvtsi128_si32(_mm_srli_si128(v, 8));
     std::memcpy(d + 8, &last, 4);
 }
-inline void store_step24(uint8_t* y, uint8_t* cb, uint8_t* cr, const __m256i (&luma)[4],
-                         const __m256i (&chroma)[4]) {
-    const __m256i three = _mm256_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1,
-                                           0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
-    const __m256i l = _mm256_permutevar8x32_epi32(_mm256_shuffle_epi8(ordered_bytes(luma), three),
-                                                  _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 3, 7));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(y), _mm256_castsi256_si128(l));
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(y + 16), _mm256_extracti128_si256(l, 1));
-    if (cb == nullptr) return;
-    // Eight bytes a chroma vector: Cb Cb Cb Cr Cr Cr - -; lane 0 holds vectors
-    // 0 and 1, lane 1 vectors 2 and 3.
-    const __m256i c = ordered_bytes(chroma);
-    const __m256i toCb =
-        _mm256_setr_epi8(0, 1, 2, 8, 9, 10, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1,
-                         -1, -1, 0, 1, 2, 8, 9, 10, -1, -1, -1, -1);
-    const __m256i toCr =
-        _mm256_setr_epi8(3, 4, 5, 11, 12, 13, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1,
-                         -1, -1, -1, 3, 4, 5, 11, 12, 13, -1, -1, -1, -1);
-    const __m256i b = _mm256_shuffle_epi8(c, toCb), r = _mm256_shuffle_epi8(c, toCr);
-    store12(cb, _mm_or_si128(_mm256_castsi256_si128(b), _mm256_extracti128_si256(b, 1)));
-    store12(cr, _mm_or_si128(_mm256_castsi256_si128(r), _mm256_extracti128_si256(r, 1)));
-}
-
-// Samples picked from words: each dword the field at `shift` of the word it holds.
-inline __m256i fields(__m256i words, __m256i shift) {
-    return _mm256_and_si256(_mm256_srlv_epi32(words, shift), _mm256_set1_epi32(0x3FF));
-}
-// Luma results from the words of the first pixels (a) and of their pair
-// partners (b): averages on chroma rows, a's own samples elsewhere.
-inline __m256i luma_results(__m256i a, __m256i b, bool chroma) {
-    return chroma ? _mm256_srli_epi32(_mm256_add_epi32(a, b), 3) : _mm256_srli_epi32(a, 2);
-}
-
 // Step 2: eight groups (48 pixels) give 24 output pixels, on source pixels 0,
 // 2 and 4 of each group, and the chroma of pairs 0 and 2 of the even groups and
 // pair 1 of the odd ones. The groups are loaded so that each lane holds four in
@@ -249,29 +208,102 @@ inline void step2_chunk(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src
     }
 }
 
-// Step 4: four groups (24 pixels, two vectors) give output pixels on source
-// pixels 0, 4 (first group) and 8 (second) of each two groups, and the chroma
-// of pairs 0, 4 and 8 (groups 0, 1, 2).
-inline void step4_chunk(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src) {
-    __m256i luma[4], chroma[4];
-    for (int i = 0; i < 4; ++i) {
-        const auto* s = reinterpret_cast<const __m256i*>(src + 64 * i);
-        const __m256i v0 = _mm256_loadu_si256(s), v1 = _mm256_loadu_si256(s + 1);
-        const __m256i pa = _mm256_setr_epi32(0, 3, 5, 0, 0, 3, 5, 0);
-        const __m256i pb = _mm256_setr_epi32(1, 3, 6, 0, 1, 3, 6, 0);
-        const __m256i wa = _mm256_blend_epi32(_mm256_permutevar8x32_epi32(v0, pa),
-                                              _mm256_permutevar8x32_epi32(v1, pa), 0xF0);
-        const __m256i wb = _mm256_blend_epi32(_mm256_permutevar8x32_epi32(v0, pb),
-                                              _mm256_permutevar8x32_epi32(v1, pb), 0xF0);
-        luma[i] =
-            luma_results(fields(wa, _mm256_setr_epi32(10, 0, 20, 0, 10, 0, 20, 0)),
-                         fields(wb, _mm256_setr_epi32(0, 20, 10, 0, 0, 20, 10, 0)), cb != nullptr);
-        const __m256i wc = _mm256_blend_epi32(
-            _mm256_permutevar8x32_epi32(v0, _mm256_setr_epi32(0, 5, 0, 0, 6, 0, 0, 0)),
-            _mm256_permutevar8x32_epi32(v1, _mm256_setr_epi32(0, 0, 2, 0, 0, 3, 0, 0)), 0x24);
-        chroma[i] = _mm256_srli_epi32(fields(wc, _mm256_setr_epi32(0, 10, 20, 20, 0, 10, 0, 0)), 2);
+// Step 4 on quads: each lane holds four groups a b c d in a row (24 pixels),
+// whose outputs sit on pixels 0 and 4 (a), 8 (b), 12 and 16 (c) and 20 (d),
+// with the chroma of pixels 0 (a), 8 (b) and 16 (c). A quad's six luma bytes go
+// to bytes At..At+5 of each lane, its Cb to bytes C..C+2 and Cr to 8+C..10+C.
+template <int At>
+inline __m256i six_bytes(__m256i s1, __m256i s2) {
+    // s1: dwords a0 a4 c0 c4 (outputs 0 1 3 4); s2: dwords 0 and 2 (outputs 2 5).
+    constexpr char z = -1;
+    const __m256i m1 = _mm256_setr_epi8(
+        At == 0 ? 0 : z, At == 0 ? 4 : z, z, At == 0 ? 8 : z, At == 0 ? 12 : z, z, z, z,
+        At == 8 ? 0 : z, At == 8 ? 4 : z, z, At == 8 ? 8 : z, At == 8 ? 12 : z, z, z, z,
+        At == 0 ? 0 : z, At == 0 ? 4 : z, z, At == 0 ? 8 : z, At == 0 ? 12 : z, z, z, z,
+        At == 8 ? 0 : z, At == 8 ? 4 : z, z, At == 8 ? 8 : z, At == 8 ? 12 : z, z, z, z);
+    const __m256i m2 =
+        _mm256_setr_epi8(z, z, At == 0 ? 0 : z, z, z, At == 0 ? 8 : z, z, z, z, z, At == 8 ? 0 : z,
+                         z, z, At == 8 ? 8 : z, z, z, z, z, At == 0 ? 0 : z, z, z, At == 0 ? 8 : z,
+                         z, z, z, z, At == 8 ? 0 : z, z, z, At == 8 ? 8 : z, z, z);
+    return _mm256_or_si256(_mm256_shuffle_epi8(s1, m1), _mm256_shuffle_epi8(s2, m2));
+}
+template <bool Chroma, int At>
+inline __m256i step4_luma(const Quad& q) {
+    const __m256i w03 = words_of<0, 3>(q.g[0], q.g[2]);
+    if (!Chroma)
+        // Y0 and Y4 of a and c, Y2 of b and d, truncated.
+        return six_bytes<At>(shifted(w03, 12, 2, 12, 2),
+                             _mm256_srli_epi32(words_of<1, 1>(q.g[1], q.g[3]), 22));
+    // Pairs Y0 Y1 and Y4 Y5 of a and c, Y2 Y3 of b and d, summed then >> 3.
+    const __m256i m = _mm256_set1_epi32(0x3FF);
+    const __m256i s1 = _mm256_add_epi32(
+        _mm256_and_si256(shifted(w03, 10, 0, 10, 0), m),
+        _mm256_and_si256(shifted(words_of<1, 3>(q.g[0], q.g[2]), 0, 20, 0, 20), m));
+    const __m256i v = _mm256_and_si256(shifted(words_of<1, 2>(q.g[1], q.g[3]), 20, 10, 20, 10), m);
+    const __m256i s2 = _mm256_add_epi32(v, _mm256_srli_epi64(v, 32));
+    return six_bytes<At>(_mm256_srli_epi32(s1, 3), _mm256_srli_epi32(s2, 3));
+}
+template <int C>
+inline __m256i step4_chroma(const Quad& q) {
+    // Cb0 of a and Cr4 of c; Cr0 of a; Cb2 and Cr2 of b and Cb4 of c; truncated.
+    const __m256i w03 = words_of<0, 3>(q.g[0], q.g[2]);
+    const __m256i c1 = shifted(w03, 2, 0, 0, 12);
+    const __m256i c2 = _mm256_srli_epi32(w03, 22);
+    const __m256i c3 = shifted(words_of<1, 2>(q.g[1], q.g[2]), 12, 2, 0, 22);
+    constexpr char z = -1;
+    // Per lane: Cb a b c at C..C+2, Cr a b c at 8+C..10+C.
+    const __m256i m1 = C == 0 ? _mm256_setr_epi8(0, z, z, z, z, z, z, z, z, z, 12, z, z, z, z, z, 0,
+                                                 z, z, z, z, z, z, z, z, z, 12, z, z, z, z, z)
+                              : _mm256_setr_epi8(z, z, z, 0, z, z, z, z, z, z, z, z, z, 12, z, z, z,
+                                                 z, z, 0, z, z, z, z, z, z, z, z, z, 12, z, z);
+    const __m256i m2 = C == 0 ? _mm256_setr_epi8(z, z, z, z, z, z, z, z, 0, z, z, z, z, z, z, z, z,
+                                                 z, z, z, z, z, z, z, 0, z, z, z, z, z, z, z)
+                              : _mm256_setr_epi8(z, z, z, z, z, z, z, z, z, z, z, 0, z, z, z, z, z,
+                                                 z, z, z, z, z, z, z, z, z, z, 0, z, z, z, z);
+    const __m256i m3 = C == 0 ? _mm256_setr_epi8(z, 0, 12, z, z, z, z, z, z, 4, z, z, z, z, z, z, z,
+                                                 0, 12, z, z, z, z, z, z, 4, z, z, z, z, z, z)
+                              : _mm256_setr_epi8(z, z, z, z, 0, 12, z, z, z, z, z, z, 4, z, z, z, z,
+                                                 z, z, z, 0, 12, z, z, z, z, z, z, 4, z, z, z);
+    return _mm256_or_si256(
+        _mm256_or_si256(_mm256_shuffle_epi8(c1, m1), _mm256_shuffle_epi8(c2, m2)),
+        _mm256_shuffle_epi8(c3, m3));
+}
+// Sixteen groups (96 pixels) give 24 output pixels: the first quad's outputs are
+// 0-5 (low lanes) and 6-11 (high), the second's 12-17 and 18-23.
+template <bool Chroma>
+inline void step4_quads(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, bool wide) {
+    const Quad q0 = load_quad(src), q1 = load_quad(src + 8 * kGroupBytes);
+    // Lanes (o0-5 . . o12-17 . .) and (o6-11 . . o18-23 . .): qwords to
+    // o0-5 o6-11 | o12-17 o18-23, closed up, then the lanes' 12 bytes together.
+    const __m256i close = _mm256_setr_epi8(0, 1, 2, 3, 4, 5, 8, 9, 10, 11, 12, 13, -1, -1, -1, -1,
+                                           0, 1, 2, 3, 4, 5, 8, 9, 10, 11, 12, 13, -1, -1, -1, -1);
+    const __m256i l = _mm256_permutevar8x32_epi32(
+        _mm256_shuffle_epi8(
+            _mm256_permute4x64_epi64(
+                _mm256_or_si256(step4_luma<Chroma, 0>(q0), step4_luma<Chroma, 8>(q1)), 0xD8),
+            close),
+        _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 3, 7));
+    if (wide) {
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(y), l);
+    } else {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(y), _mm256_castsi256_si128(l));
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(y + 16), _mm256_extracti128_si256(l, 1));
     }
-    store_step24(y, cb, cr, luma, chroma);
+    if (!Chroma) return;
+    // Lanes: Cb (0-2 6-8) Cr (0-2 6-8) and Cb (3-5 9-11) Cr (3-5 9-11): the Cb
+    // qwords to the low lane, the Cr ones to the high, each closed up.
+    const __m256i order = _mm256_setr_epi8(0, 1, 2, 8, 9, 10, 3, 4, 5, 11, 12, 13, -1, -1, -1, -1,
+                                           0, 1, 2, 8, 9, 10, 3, 4, 5, 11, 12, 13, -1, -1, -1, -1);
+    const __m256i c = _mm256_shuffle_epi8(
+        _mm256_permute4x64_epi64(_mm256_or_si256(step4_chroma<0>(q0), step4_chroma<3>(q1)), 0xD8),
+        order);
+    if (wide) {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(cb), _mm256_castsi256_si128(c));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(cr), _mm256_extracti128_si256(c, 1));
+    } else {
+        store12(cb, _mm256_castsi256_si128(c));
+        store12(cr, _mm256_extracti128_si256(c, 1));
+    }
 }
 
 // Step 3: eight groups (48 pixels) give 16 output pixels, on source pixels 0
@@ -369,11 +401,19 @@ void v210_step_row(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src, uin
             }
         }
     } else if (step == 4) {
-        for (; i + 24 <= count; i += 24) {
-            uint8_t* b = cb ? cb + i / 2 : nullptr;
-            uint8_t* r = cr ? cr + i / 2 : nullptr;
-            ask(src + kGroupBytes * size_t{step * i / 6}, 256);
-            step4_chunk(y + i, b, r, src + kGroupBytes * size_t{step * i / 6});
+        // 24 output pixels a turn, from 16 groups.
+        if (cb != nullptr) {
+            for (; i + 24 <= count; i += 24) {
+                ask(src + kGroupBytes * (2 * i / 3), 256);
+                step4_quads<true>(y + i, cb + i / 2, cr + i / 2, src + kGroupBytes * (2 * i / 3),
+                                  i + 32 <= count);
+            }
+        } else {
+            for (; i + 24 <= count; i += 24) {
+                ask(src + kGroupBytes * (2 * i / 3), 256);
+                step4_quads<false>(y + i, nullptr, nullptr, src + kGroupBytes * (2 * i / 3),
+                                   i + 32 <= count);
+            }
         }
     }
     plain::v210_step_row(y + i, cb ? cb + i / 2 : nullptr, cr ? cr + i / 2 : nullptr,
