@@ -98,6 +98,27 @@ inline void store12(uint8_t* d, __m128i v) {
     const int last = _mm_cvtsi128_si32(_mm_srli_si128(v, 8));
     std::memcpy(d + 8, &last, 4);
 }
+// The 24 luma bytes of a turn (bytes 0-23 of l), and its 12 Cb and 12 Cr bytes
+// (the low bytes of c's two lanes). A turn with eight more outputs after it
+// stores whole vectors: the next turn, or the plain tail, writes over the rest.
+inline void store_luma24(uint8_t* y, __m256i l, bool wide) {
+    if (wide) {
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(y), l);
+    } else {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(y), _mm256_castsi256_si128(l));
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(y + 16), _mm256_extracti128_si256(l, 1));
+    }
+}
+inline void store_chroma12(uint8_t* cb, uint8_t* cr, __m256i c, bool wide) {
+    if (wide) {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(cb), _mm256_castsi256_si128(c));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(cr), _mm256_extracti128_si256(c, 1));
+    } else {
+        store12(cb, _mm256_castsi256_si128(c));
+        store12(cr, _mm256_extracti128_si256(c, 1));
+    }
+}
+
 // Step 2: eight groups (48 pixels) give 24 output pixels, on source pixels 0,
 // 2 and 4 of each group, and the chroma of pairs 0 and 2 of the even groups and
 // pair 1 of the odd ones. The groups are loaded so that each lane holds four in
@@ -131,7 +152,7 @@ inline __m256i shifted(__m256i w, int a, int b, int c, int d) {
 // Byte 0 of each dword of three vectors (three Y values of groups a..d, in the
 // lane's order a01 a23 b01 b23 | c01 c23 d01 d23 | a45 b45 c45 d45) to the 24
 // output bytes in pixel order.
-inline void store_luma24(uint8_t* y, __m256i s1, __m256i s2, __m256i s3, bool wide) {
+inline void store_step2_luma(uint8_t* y, __m256i s1, __m256i s2, __m256i s3, bool wide) {
     const __m256i p1 = _mm256_shuffle_epi8(
         s1, _mm256_setr_epi8(0, 4, -1, 8, 12, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, 0, 4, -1,
                              8, 12, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1));
@@ -143,12 +164,7 @@ inline void store_luma24(uint8_t* y, __m256i s1, __m256i s2, __m256i s3, bool wi
                              -1, -1, 4, -1, -1, 8, -1, -1, 12, -1, -1, -1, -1));
     const __m256i l = _mm256_permutevar8x32_epi32(_mm256_or_si256(_mm256_or_si256(p1, p2), p3),
                                                   _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 3, 7));
-    if (wide) {
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(y), l);
-    } else {
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(y), _mm256_castsi256_si128(l));
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(y + 16), _mm256_extracti128_si256(l, 1));
-    }
+    store_luma24(y, l, wide);
 }
 
 template <bool Chroma>
@@ -158,8 +174,8 @@ inline void step2_chunk(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src
     const __m256i a1 = words_of<0, 1>(q.g[0], q.g[1]), a2 = words_of<0, 1>(q.g[2], q.g[3]);
     if (!Chroma) {
         // Y0, Y2 and Y4 of each group, truncated: fields at 10, 20 and 0, less two bits.
-        store_luma24(y, shifted(a1, 12, 22, 12, 22), shifted(a2, 12, 22, 12, 22),
-                     _mm256_srli_epi32(w3, 2), wide);
+        store_step2_luma(y, shifted(a1, 12, 22, 12, 22), shifted(a2, 12, 22, 12, 22),
+                         _mm256_srli_epi32(w3, 2), wide);
         return;
     }
     // Pairs Y0 Y1, Y2 Y3, Y4 Y5 summed from clean 10-bit fields, then >> 3.
@@ -169,7 +185,7 @@ inline void step2_chunk(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src
         return _mm256_srli_epi32(_mm256_add_epi32(_mm256_and_si256(a, m), _mm256_and_si256(b, m)),
                                  3);
     };
-    store_luma24(
+    store_step2_luma(
         y, sum(shifted(a1, 10, 20, 10, 20), shifted(b1, 0, 10, 0, 10)),
         sum(shifted(a2, 10, 20, 10, 20), shifted(b2, 0, 10, 0, 10)),
         // Y4 and Y5 share word 3: kept as Y4 and Y5 << 4 in its halves,
@@ -199,13 +215,7 @@ inline void step2_chunk(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src
         _mm256_permute4x64_epi64(t, 0xD8),
         _mm256_setr_epi8(0, 1, 2, 3, 4, 5, 8, 9, 10, 11, 12, 13, -1, -1, -1, -1, 0, 1, 2, 3, 4, 5,
                          8, 9, 10, 11, 12, 13, -1, -1, -1, -1));
-    if (wide) {
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(cb), _mm256_castsi256_si128(c));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(cr), _mm256_extracti128_si256(c, 1));
-    } else {
-        store12(cb, _mm256_castsi256_si128(c));
-        store12(cr, _mm256_extracti128_si256(c, 1));
-    }
+    store_chroma12(cb, cr, c, wide);
 }
 
 // Step 4 on quads: each lane holds four groups a b c d in a row (24 pixels),
@@ -283,12 +293,7 @@ inline void step4_quads(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src
                 _mm256_or_si256(step4_luma<Chroma, 0>(q0), step4_luma<Chroma, 8>(q1)), 0xD8),
             close),
         _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 3, 7));
-    if (wide) {
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(y), l);
-    } else {
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(y), _mm256_castsi256_si128(l));
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(y + 16), _mm256_extracti128_si256(l, 1));
-    }
+    store_luma24(y, l, wide);
     if (!Chroma) return;
     // Lanes: Cb (0-2 6-8) Cr (0-2 6-8) and Cb (3-5 9-11) Cr (3-5 9-11): the Cb
     // qwords to the low lane, the Cr ones to the high, each closed up.
@@ -297,13 +302,7 @@ inline void step4_quads(uint8_t* y, uint8_t* cb, uint8_t* cr, const uint8_t* src
     const __m256i c = _mm256_shuffle_epi8(
         _mm256_permute4x64_epi64(_mm256_or_si256(step4_chroma<0>(q0), step4_chroma<3>(q1)), 0xD8),
         order);
-    if (wide) {
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(cb), _mm256_castsi256_si128(c));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(cr), _mm256_extracti128_si256(c, 1));
-    } else {
-        store12(cb, _mm256_castsi256_si128(c));
-        store12(cr, _mm256_extracti128_si256(c, 1));
-    }
+    store_chroma12(cb, cr, c, wide);
 }
 
 // Step 3: eight groups (48 pixels) give 16 output pixels, on source pixels 0
