@@ -130,9 +130,17 @@ CYCBCR_INLINE constexpr uint32_t source_row_1_5(uint32_t j) {
     return (3 * j >> 1) & ~1u;
 }
 
+// The row kernel of a source, plain and AVX2.
+struct RowForms {
+    ReduceRow plain, avx2;
+};
+constexpr RowForms kUyvyRows{plain::uyvy_row_1_5, avx2::uyvy_row_1_5};
+constexpr RowForms kV210Rows{plain::v210_row_1_5, avx2::v210_row_1_5};
+
 unsigned int reduce_1_5(uint8_t* dstY, uint8_t* dstCb, uint8_t* dstCr, const uint8_t* src,
                         uint32_t width, uint32_t height, uint32_t srcPitch, unsigned int is422,
-                        ReduceRow row) {
+                        const RowForms& forms) {
+    const ReduceRow row = entry(OnEntry::ChooseLevel).avx2 ? forms.avx2 : forms.plain;
     const Reduction r = by_1_5(width, height);
     if (2 * height < 3) return r.result;
     const uint32_t groups = (r.width + 3) / 4;
@@ -307,10 +315,8 @@ CYCBCR_API unsigned int cycbcr_uyvy_scale_planar_1_5(uint8_t* dstY, uint8_t* dst
                                                      unsigned int srcPitch, unsigned int scale,
                                                      unsigned int is422) {
     (void)dstPitch, (void)scale;  // rows are packed; the scale is the name's
-    const bool vector = entry(OnEntry::ChooseLevel).avx2;
-    return reduce_1_5(
-        dstY, dstCb, dstCr, src, width, height, uyvy_pitch(width, srcPitch), is422,
-        vector ? cycbcr::scale::avx2::uyvy_row_1_5 : cycbcr::scale::plain::uyvy_row_1_5);
+    return reduce_1_5(dstY, dstCb, dstCr, src, width, height, uyvy_pitch(width, srcPitch), is422,
+                      kUyvyRows);
 }
 
 CYCBCR_API unsigned int cycbcr_012v_scale_planar_1_5(uint8_t* dstY, uint8_t* dstCb, uint8_t* dstCr,
@@ -319,10 +325,8 @@ CYCBCR_API unsigned int cycbcr_012v_scale_planar_1_5(uint8_t* dstY, uint8_t* dst
                                                      unsigned int srcPitch, unsigned int scale,
                                                      unsigned int is422) {
     (void)dstPitch, (void)scale;
-    const bool vector = entry(OnEntry::ChooseLevel).avx2;
-    return reduce_1_5(
-        dstY, dstCb, dstCr, src, width, height, v210_pitch(width, srcPitch), is422,
-        vector ? cycbcr::scale::avx2::v210_row_1_5 : cycbcr::scale::plain::v210_row_1_5);
+    return reduce_1_5(dstY, dstCb, dstCr, src, width, height, v210_pitch(width, srcPitch), is422,
+                      kV210Rows);
 }
 
 CYCBCR_API unsigned int cycbcr_uyvy_scale_planar(uint8_t* dstY, uint8_t* dstCb, uint8_t* dstCr,
