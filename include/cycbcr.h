@@ -856,9 +856,11 @@ CYCBCR_API void qb_v210_planar16_unpack_unaligned_ssse3(const uint8_t* src, uint
  *     1 of the following group (Cb0 Y0 Cr0, Y1 Cb1 Y2), so those rows read 3 more
  *     Y, 2 more Cb and 1 more Cr sample. Kept for existing callers. When the
  *     groups fill the pitch the two words land at the start of the next row,
- *     which that row's conversion overwrites (in a banded call a band's last
- *     row may reach into the next band's first row after that band has
- *     converted it), and after the last row they lie past the frame.
+ *     which that row's conversion overwrites, and after the last row they lie
+ *     past the frame. A banded call gives the same frame: a band's last row
+ *     may reach into the next band's first row after that band converted it,
+ *     so once the bands are done the entry converts each band's first row
+ *     again on the calling thread (the rows below keep their bytes).
  *   - The AVX2 forms read and write nothing beyond what the plain forms do:
  *     they finish each row's last one or two groups with the plain code.
  *

@@ -430,6 +430,17 @@ TEST(Planar16V210Bands, WideFramesConvertByTheirBandRule) {
                 expect_banded(k, {k.widest + 1 + h, h, v210_row(k.widest + 8) + 32, 4200}, 20 + h);
 }
 
+// Rows whose groups fill the pitch (width % 48 of 43 to 47 at the natural pitch):
+// a band's last row reaches with its extra words into the next band's first
+// row, yet the frame is the single-threaded one however the bands' timing falls.
+TEST(Planar16V210Bands, RowsReachingIntoTheNextBandGiveTheSingleThreadBytes) {
+    for (const char* name : {"cycbcr_yuv422p10_to_012v", "cycbcr_yuv422p12_to_012v"})
+        for (uint32_t w : {2107u, 2111u})
+            for (uint32_t h : {16u, 64u, 75u})
+                for (uint32_t round = 0; round < 4; ++round)
+                    expect_banded(kind(name), {w, h, v210_row(w), 2 * w + 32}, 40 + round);
+}
+
 // Just above and at the threshold, seen in the count with a destination pitch
 // smaller than the v210 row: the bands return height * dstPitch as passed, the
 // calling thread's conversion height * the pitch it used.

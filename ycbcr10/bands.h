@@ -37,7 +37,35 @@ struct BandUser {
     const char* event;   // the event's name
     const char* thread;  // the workers' name
     unsigned int (*worker)(void*);
+    // For converters whose rows may reach past their pitch: the bytes a row's
+    // conversion writes into the start of the row below at this width and
+    // destination pitch (0: none, or rows that overlap anyway; at most 16),
+    // and the converter of a run of rows.
+    uint32_t (*reach_below)(uint32_t width, uint32_t dstPitch) = nullptr;
+    BandInternal internal = nullptr;
 };
+
+// Sequentially, a row's writes into the row below are overwritten by that
+// row's own conversion. In bands the row below a band's last row is the next
+// band's first, which may already be converted: each band's first row is
+// converted again once all bands are done, keeping what it writes into the row
+// below it, so that the frame is the single-threaded one whatever the timing.
+inline void convert_band_starts_again(BandInternal internal, const band_job (&jobs)[8],
+                                      uint32_t below) {
+    if (below > 16) return;
+    for (uint32_t k = 1; k < 8; ++k) {
+        const band_job& job = jobs[k];
+        if (job.rows == 0 || jobs[k - 1].rows == 0) continue;
+        // The row below is the band's own next one (already right), the next
+        // band's first (converted again next), or past the rows converted
+        // (this row's words, written again alike).
+        uint8_t kept[16];
+        uint8_t* next = job.dst + job.dstPitch;
+        for (uint32_t i = 0; i < below; ++i) kept[i] = next[i];
+        internal(job.dst, job.srcY, job.srcCb, job.srcCr, job.width, 1, job.dstPitch, job.srcPitch);
+        for (uint32_t i = 0; i < below; ++i) next[i] = kept[i];
+    }
+}
 
 // A worker's body: converts its band, then drops its reference and reports the
 // last one through the event.
@@ -91,6 +119,9 @@ CYCBCR_INLINE unsigned int run_bands(const BandUser& user, uint8_t* dst, const u
     // decrements: let them finish before the frame that holds both goes away.
     qbOSWaitForStartedThreads();
     qbOSCloseEvent(done);
+    if (user.reach_below != nullptr)
+        if (const uint32_t below = user.reach_below(width, dstPitch); below != 0)
+            convert_band_starts_again(user.internal, jobs, below);
     return height * dstPitch;
 }
 

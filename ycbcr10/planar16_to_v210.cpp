@@ -37,11 +37,26 @@ unsigned int entry_banded(CYCBCR_PLANAR16_ARGS) {
     return run_bands(User, CYCBCR_PLANAR16_CALL);
 }
 
+// The two words the 4:2:2 converters write after a row's last group (width %
+// 6 != 0) reach into the row below when the groups fill the pitch.
+uint32_t extra_words_below(uint32_t width, uint32_t dstPitch) {
+    if (width % 6 == 0 || dstPitch < v210_row_size(width)) return 0;
+    const uint64_t reach = uint64_t{(width + 5) / 6} * kV210GroupBytes + 8;
+    return reach > dstPitch ? static_cast<uint32_t>(reach - dstPitch) : 0;
+}
+
 // The bands of the three wide-frame converters.
-constexpr BandUser k422p10Bands{BandRows::SevenPlusRest, false, "cycbcr_yuv422p10_to_012v",
-                                "ycbcr422p10", cycbcr_yuv422p10_to_012v_worker};
-constexpr BandUser k422p12Bands{BandRows::EightEqual, false, "cycbcr_yuv422p12_to_012v",
-                                "ycbcr422p12", cycbcr_yuv422p12_to_012v_worker};
+constexpr BandUser k422p10Bands{BandRows::SevenPlusRest,          false,
+                                "cycbcr_yuv422p10_to_012v",       "ycbcr422p10",
+                                cycbcr_yuv422p10_to_012v_worker,  extra_words_below,
+                                cycbcr_yuv422p10_to_012v_internal};
+constexpr BandUser k422p12Bands{BandRows::EightEqual,
+                                false,
+                                "cycbcr_yuv422p12_to_012v",
+                                "ycbcr422p12",
+                                cycbcr_yuv422p12_to_012v_worker,
+                                extra_words_below,
+                                cycbcr_yuv422p12_to_012v_internal};
 constexpr BandUser k444p12Bands{BandRows::SevenPlusRest, true, "cycbcr_yuv444p12_to_012v",
                                 "yuv444p12", cycbcr_yuv444p12_to_012v_worker};
 
