@@ -241,7 +241,7 @@ CodedFrame coded_frame(Format format, uint32_t width, uint32_t height, bool dest
     if (destination && format == Format::V210) {
         // Room in every row for whole groups and the two words some packers
         // write after the last one, so no row's store lands in the next row
-        // (which a band on another thread may be writing).
+        // and the last row's stay within the working buffer.
         c.call_pitch = round_up(std::max(v210_row_bytes(width), (width + 5) / 6 * 16 + 8), 16);
     } else if (destination) {
         c.call_pitch = round_up(4 * (width / 2 + width % 2), 16);
