@@ -1,12 +1,7 @@
 # Packed <-> planar and planar <-> planar 8-bit conversions, and the
 # imaging-library equivalents their paths call.
 foreach(family packed_planar planar_copy imaging)
-    add_executable(${family}_test ${family}_test.cpp)
-    target_link_libraries(${family}_test PRIVATE cycbcr_test_support GTest::gtest_main)
-    target_compile_options(${family}_test PRIVATE ${CYCBCR_WARNINGS})
-    # Tests that need AVX2 skip on other processors; report them as skipped.
-    gtest_discover_tests(${family}_test DISCOVERY_MODE PRE_TEST
-        PROPERTIES SKIP_REGULAR_EXPRESSION "\\[  SKIPPED \\]")
+    cycbcr_test(${family})
 endforeach()
 
 # libyuv, when installed, is an oracle wherever its rules and ours coincide.
