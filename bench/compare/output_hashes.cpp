@@ -19,7 +19,8 @@
 // few widths, at levels 1 and 6 as well (the image-library routes depend on the
 // level). The engines behind them get every source layout and depth they take.
 // The queries (buffer sizes, pitch rule, pair lookups) are hashed over every
-// format code and every name read.
+// format code and every name read, and the reductions over every scale they
+// tell apart with both chroma flags.
 #include <dlfcn.h>
 
 #include <algorithm>
@@ -66,6 +67,8 @@ using BufferSizes = unsigned (*)(unsigned, unsigned, unsigned, unsigned, unsigne
 using NamedBufferSizes = unsigned (*)(const char*, unsigned, unsigned, unsigned, unsigned, uint32_t,
                                       uint32_t, uint64_t*, uint64_t*);
 using PairLookup = void* (*)(unsigned, unsigned);
+using Scale = unsigned (*)(uint8_t*, uint8_t*, uint8_t*, const uint8_t*, unsigned, unsigned,
+                           unsigned, unsigned, unsigned, unsigned);
 
 uint32_t* g_level = nullptr;
 RowBytes g_row_bytes = nullptr;
@@ -689,6 +692,26 @@ bool run_function(void* lib, const std::string& name, Tally& t) {
             t.hash = (t.hash ^ fn(w)) * 0x100000001B3ull;
             ++t.calls;
         }
+        return true;
+    }
+    if (name.find("_scale_planar") != std::string::npos) {
+        // The reductions: every scale they tell apart (the low 16 bits count),
+        // both chroma flags; the planes at fixed places, rows packed.
+        auto fn = reinterpret_cast<Scale>(sym);
+        const Kind src = name.find("012v") != std::string::npos ? Kind::V210 : Kind::Packed;
+        for (unsigned scale : {0u, 100u, 150u, 200u, 300u, 400u, 500u, 0x10000u + 200u})
+            for (unsigned is422 = 0; is422 < 2; ++is422)
+                sweep(
+                    t, name, Kind::Planar, src,
+                    [&](Buffers& b, const Geometry& g, std::string& v) {
+                        v = "scale " + std::to_string(scale) + " is422 " + std::to_string(is422);
+                        const size_t row =
+                            std::max<size_t>({g.dp, g.sp, 4 * round_up(g.w, 48) + 128});
+                        uint8_t* cb = b.dst + row * (g.h + 1);
+                        uint8_t* cr = cb + row / 2 * (g.h + 1);
+                        return fn(b.dst, cb, cr, b.src, g.w, g.h, g.dp, g.sp, scale, is422);
+                    },
+                    scale == 150 || scale == 200 || scale == 400);
         return true;
     }
     if (name == "cycbcr_transcode") {
