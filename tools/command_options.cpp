@@ -113,6 +113,21 @@ uint64_t parse_count(const std::string& text, const char* option, uint64_t least
     return value;
 }
 
+FrameSelection frame_selection(const Options& options, std::string_view command) {
+    if (options.has("--in")) options.require("--size", "with --in");
+    for (const char* input_only : {"--frames", "--skip", "--src-pitch"}) {
+        if (options.has(input_only) && !options.has("--in")) {
+            throw ToolError(std::string(command) + ": " + input_only +
+                            " applies to frames read with --in");
+        }
+    }
+    FrameSelection s;
+    if (options.has("--frames"))
+        s.max_frames = parse_count(*options.value("--frames"), "--frames", 1);
+    if (options.has("--skip")) s.skip = parse_count(*options.value("--skip"), "--skip", 0);
+    return s;
+}
+
 unsigned int parse_level(const std::string& text) {
     if (text.size() == 1 && text[0] >= '0' && text[0] <= '6') {
         return static_cast<unsigned int>(text[0] - '0');

@@ -54,6 +54,15 @@ std::optional<RgbDepth> resolve_rgb(const std::string& text);
 // (0 or 1); throws ToolError naming the option.
 uint64_t parse_count(const std::string& text, const char* option, uint64_t least);
 
+// --frames (0: all) and --skip of a command that reads frames with --in, which
+// --size must then accompany; throws ToolError, naming the command, for either
+// without --in.
+struct FrameSelection {
+    uint64_t max_frames = 0;
+    uint64_t skip = 0;
+};
+FrameSelection frame_selection(const Options& options, std::string_view command);
+
 // --level: 0 to 6.
 unsigned int parse_level(const std::string& text);
 

@@ -285,17 +285,8 @@ int run_convert(Args args) {
         {"--bottom-up"});
     options.require("--from");
     options.require("--to");
-    if (options.has("--in")) options.require("--size", "with --in");
-    for (const char* input_only : {"--frames", "--skip", "--src-pitch"}) {
-        if (options.has(input_only) && !options.has("--in")) {
-            throw ToolError(std::string("convert: ") + input_only +
-                            " applies to frames read with --in");
-        }
-    }
-    const uint64_t max_frames =
-        options.has("--frames") ? parse_count(*options.value("--frames"), "--frames", 1) : 0;
-    const uint64_t skip =
-        options.has("--skip") ? parse_count(*options.value("--skip"), "--skip", 0) : 0;
+    const FrameSelection selection = frame_selection(options, "convert");
+    const uint64_t max_frames = selection.max_frames, skip = selection.skip;
     const unsigned int threads = thread_option(options);
     const std::string from_text = *options.value("--from");
     const std::string to_text = *options.value("--to");

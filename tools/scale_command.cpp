@@ -79,17 +79,8 @@ int run_scale(Args args) {
                           {"--422"});
     options.require("--from");
     options.require("--scale");
-    if (options.has("--in")) options.require("--size", "with --in");
-    for (const char* input_only : {"--frames", "--skip", "--src-pitch"}) {
-        if (options.has(input_only) && !options.has("--in")) {
-            throw ToolError(std::string("scale: ") + input_only +
-                            " applies to frames read with --in");
-        }
-    }
-    const uint64_t max_frames =
-        options.has("--frames") ? parse_count(*options.value("--frames"), "--frames", 1) : 0;
-    const uint64_t skip =
-        options.has("--skip") ? parse_count(*options.value("--skip"), "--skip", 0) : 0;
+    const FrameSelection selection = frame_selection(options, "scale");
+    const uint64_t max_frames = selection.max_frames, skip = selection.skip;
     const FormatCode& from = resolve_code(*options.value("--from"), false);
     if (from.format != Format::V210 && from.format != Format::UYVY) {
         throw ToolError("scale: the source is v210 or UYVY, not " + code_text(from.value));
